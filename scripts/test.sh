@@ -1,0 +1,17 @@
+#!/usr/bin/env bash
+# Builds and runs every test: a plain build with warnings as errors, then
+# the same suite under AddressSanitizer and UndefinedBehaviorSanitizer.
+set -euo pipefail
+cd "$(dirname "$0")/.."
+./scripts/deps.sh
+jobs=$(nproc)
+
+cmake -S . -B build/plain -DCMAKE_BUILD_TYPE=RelWithDebInfo -DEDIPROT_WERROR=ON >/dev/null
+cmake --build build/plain -j"$jobs"
+(cd build/plain && ctest --output-on-failure -j"$jobs")
+
+cmake -S . -B build/asan -DCMAKE_BUILD_TYPE=Debug -DEDIPROT_WERROR=ON \
+      -DEDIPROT_SANITIZE=address,undefined -DEDIPROT_BUILD_BENCH=OFF >/dev/null
+cmake --build build/asan -j"$jobs"
+(cd build/asan && ASAN_OPTIONS=detect_leaks=1:abort_on_error=0 \
+   UBSAN_OPTIONS=print_stacktrace=1:halt_on_error=1 ctest --output-on-failure -j"$jobs")

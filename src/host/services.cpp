@@ -1,0 +1,153 @@
+// The tree services of our host layer: allocation of strings, copying of
+// node parameters, parent links, release and paths.
+#include <stdarg.h>
+#include <stdlib.h>
+#include <string.h>
+
+#include <string>
+#include <vector>
+
+#include "edihost.h"
+
+extern "C" {
+
+int tracelevel = 0;
+
+void edihost_outofmemory(void)
+{
+    fputs("edihost: out of memory\n", stderr);
+    abort();
+}
+
+char *strsav(char *file, int line, char *s)
+{
+    (void)file;
+    (void)line;
+    char *cp = strdup(s != nullptr ? s : "");
+    if (cp == nullptr)
+        edihost_outofmemory();
+    return cp;
+}
+
+char *msprintf(char *file, int line, int flag, char *fmt, ...)
+{
+    (void)file;
+    (void)line;
+    (void)flag;
+    va_list ap;
+    va_start(ap, fmt);
+    va_list aq;
+    va_copy(aq, ap);
+    int n = vsnprintf(nullptr, 0, fmt, ap);
+    va_end(ap);
+    if (n < 0)
+        n = 0;
+    char *cp = static_cast<char *>(malloc(static_cast<size_t>(n) + 1));
+    if (cp == nullptr)
+        edihost_outofmemory();
+    vsnprintf(cp, static_cast<size_t>(n) + 1, fmt, aq);
+    va_end(aq);
+    return cp;
+}
+
+static char *dupornull(const char *s)
+{
+    if (s == nullptr)
+        return nullptr;
+    char *cp = strdup(s);
+    if (cp == nullptr)
+        edihost_outofmemory();
+    return cp;
+}
+
+// Copies every descriptive field.  xmltag, data and the links stay as the
+// caller has them; the strings are duplicated so that the source and the
+// copy can each be freed on their own.
+void copynodeparms(datatree_t *dst, datatree_t *src, int line)
+{
+    (void)line;
+    dst->loopcnt = src->loopcnt;
+    dst->defval = dupornull(src->defval);
+    dst->deffunc = dupornull(src->deffunc);
+    dst->iseditag = src->iseditag;
+    dst->type = src->type;
+    dst->edidata = src->edidata;
+    dst->edilen = src->edilen;
+    dst->edimaxlen = src->edimaxlen;
+    dst->editype = src->editype;
+    dst->ediforce = src->ediforce;
+    dst->edialign = src->edialign;
+    dst->valid = src->valid;
+    dst->line = src->line;
+    dst->file = dupornull(src->file);
+}
+
+// Iterative, so that trees of any depth or width are linked without
+// exhausting the stack.
+void setparents(datatree_t *tree, int flag)
+{
+    (void)flag;
+    if (tree == nullptr)
+        return;
+    std::vector<datatree_t *> todo{tree};
+    while (!todo.empty()) {
+        datatree_t *tp = todo.back();
+        todo.pop_back();
+        for (datatree_t *cp = tp->child; cp != nullptr; cp = cp->next) {
+            cp->parent = tp;
+            if (cp->child != nullptr)
+                todo.push_back(cp);
+        }
+    }
+}
+
+// Seen as a binary tree (child left, next right), the tree is taken apart
+// by rotations: linear time, constant space, any depth.
+void freedatatree(datatree_t *tree)
+{
+    datatree_t *tp = tree;
+    while (tp != nullptr) {
+        if (tp->child != nullptr) {
+            datatree_t *cp = tp->child;
+            tp->child = cp->next;
+            cp->next = tp;
+            tp = cp;
+        } else {
+            datatree_t *np = tp->next;
+            free(tp->xmltag);
+            free(tp->data);
+            free(tp->defval);
+            free(tp->deffunc);
+            free(tp->file);
+            free(tp);
+            tp = np;
+        }
+    }
+}
+
+// The names from the root (as far as parent links go) down to `node`,
+// joined by '.'.  Valid until the next call.
+char *pathfornode(datatree_t *node, int flag)
+{
+    (void)flag;
+    static std::string path;
+    if (node == nullptr)
+        return nullptr;
+    std::vector<const char *> names;
+    for (datatree_t *tp = node; tp != nullptr; tp = tp->parent)
+        names.push_back(tp->xmltag);
+    path.clear();
+    for (auto it = names.rbegin(); it != names.rend(); ++it) {
+        if (it != names.rbegin())
+            path += '.';
+        path += *it;
+    }
+    return path.data();
+}
+
+FILE *tmpfopen(char *name, char *mode)
+{
+    return fopen(name, mode);
+}
+
+}  // extern "C"

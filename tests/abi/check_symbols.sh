@@ -1,0 +1,20 @@
+#!/bin/sh
+# Compares the dynamic symbols of libediprot.so with the golden lists.
+# Undefined symbols with a version (@GLIBC..., @GLIBCXX...) come from the
+# C and C++ runtimes and are left out; sanitizer runtime symbols too.
+set -eu
+lib=$1
+dir=$2
+status=0
+nm -D --defined-only "$lib" | awk '{print $3}' | grep -v '^_' | sed 's/@.*//' | sort -u >"${TMPDIR:-/tmp}/exported.$$"
+nm -D --undefined-only "$lib" | awk '{print $2}' | grep -v '@' | grep -v -E '^(__|_ITM_|_Jv_|_Unwind)' | sort -u >"${TMPDIR:-/tmp}/undefined.$$"
+if ! diff -u "$dir/exported.txt" "${TMPDIR:-/tmp}/exported.$$"; then
+  echo "exported symbols differ from $dir/exported.txt"; status=1
+fi
+extra=$(comm -13 "$dir/undefined.txt" "${TMPDIR:-/tmp}/undefined.$$")
+if [ -n "$extra" ]; then
+  echo "undefined symbols that are no host service: $extra"; status=1
+fi
+rm -f "${TMPDIR:-/tmp}/exported.$$" "${TMPDIR:-/tmp}/undefined.$$"
+[ $status -eq 0 ] && echo "symbols ok"
+exit $status

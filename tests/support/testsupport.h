@@ -1,0 +1,42 @@
+// Helpers shared by the test programs: building trees in code, files in a
+// private temporary folder, and capturing stderr.
+#ifndef EDIPROT_TESTSUPPORT_H
+#define EDIPROT_TESTSUPPORT_H
+
+#include <functional>
+#include <initializer_list>
+#include <string>
+
+#include "ediprot.h"
+
+namespace testsupport {
+
+// A new node (calloc/strdup, so freedatatree releases it) with the given
+// children linked in order.  data NULL means no value.
+datatree_t *node(const char *name, const char *data = nullptr,
+                 std::initializer_list<datatree_t *> kids = {});
+// The same for a loop node with its number.
+datatree_t *loopnode(const char *name, int loopcnt,
+                     std::initializer_list<datatree_t *> kids = {});
+// Links `kids` as the children of `parent` (after any it has) and returns it.
+datatree_t *adopt(datatree_t *parent, std::initializer_list<datatree_t *> kids);
+// Root with parent links set.
+datatree_t *rooted(datatree_t *root);
+
+// Parses the tree text format; fails the test on a malformed text.
+datatree_t *parse(const std::string &text);
+// The tree text of `tree` (its whole chain).
+std::string dump(const datatree_t *tree);
+
+// A fresh folder below the system's temporary folder, removed at exit.
+std::string tempdir();
+std::string writefile(const std::string &path, const std::string &bytes);
+std::string readfile(const std::string &path);
+bool exists(const std::string &path);
+
+// Runs fn and returns what it wrote to stderr.
+std::string capture_stderr(const std::function<void()> &fn);
+
+}  // namespace testsupport
+
+#endif
