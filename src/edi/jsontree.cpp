@@ -1,0 +1,281 @@
+#include "jsontree.h"
+
+#include <stdio.h>
+#include <stdlib.h>
+#include <string.h>
+
+#include <nlohmann/json.hpp>
+#include <stdexcept>
+
+namespace edi {
+
+using json = nlohmann::ordered_json;
+
+namespace {
+
+// Deeper documents are refused: the conversion recurses once per level.
+constexpr int kMaxDepth = 10000;
+
+const char *const editypes[] = {"none", "string", "float", "date", "sdate", "float0", "time"};
+const char *const edidatas[] = {"user", "opt"};
+const char *const ediforces[] = {"none", "mand", "cond"};
+const char *const edialigns[] = {"none", "left", "right"};
+const char *const nodetypes[] = {"none", "loop", "next", "bnext", "nc", "ncforeign"};
+
+template <size_t N>
+json enumword(const char *const (&words)[N], int value)
+{
+    if (value >= 0 && static_cast<size_t>(value) < N)
+        return words[value];
+    return value;  // a value outside the enumeration stays a number
+}
+
+// Each byte becomes the character of the same number.
+std::string bytestoutf8(const char *s)
+{
+    std::string out;
+    for (const unsigned char *cp = reinterpret_cast<const unsigned char *>(s); *cp; cp++) {
+        if (*cp < 0x80) {
+            out += static_cast<char>(*cp);
+        } else {
+            out += static_cast<char>(0xC0 | (*cp >> 6));
+            out += static_cast<char>(0x80 | (*cp & 0x3F));
+        }
+    }
+    return out;
+}
+
+json nodetojson(const datatree_t *tp, int depth)
+{
+    if (depth > kMaxDepth)
+        throw std::runtime_error("tree deeper than 10000 levels");
+    json j;
+    j["name"] = bytestoutf8(tp->xmltag);
+    if (tp->data != nullptr)
+        j["data"] = bytestoutf8(tp->data);
+    if (tp->loopcnt != 0)
+        j["loopcnt"] = tp->loopcnt;
+    if (tp->defval != nullptr)
+        j["defval"] = bytestoutf8(tp->defval);
+    if (tp->deffunc != nullptr)
+        j["deffunc"] = bytestoutf8(tp->deffunc);
+    if (tp->iseditag != 0)
+        j["iseditag"] = tp->iseditag;
+    if (tp->type != nt_none)
+        j["type"] = enumword(nodetypes, tp->type);
+    if (tp->edidata != ed_user)
+        j["edidata"] = enumword(edidatas, tp->edidata);
+    if (tp->edilen != 0)
+        j["edilen"] = tp->edilen;
+    if (tp->edimaxlen != 0)
+        j["edimaxlen"] = tp->edimaxlen;
+    if (tp->editype != et_none)
+        j["editype"] = enumword(editypes, tp->editype);
+    if (tp->ediforce != ef_none)
+        j["ediforce"] = enumword(ediforces, tp->ediforce);
+    if (tp->edialign != el_none)
+        j["edialign"] = enumword(edialigns, tp->edialign);
+    if (tp->valid != 0)
+        j["valid"] = tp->valid;
+    if (tp->child != nullptr) {
+        json kids = json::array();
+        for (const datatree_t *cp = tp->child; cp != nullptr; cp = cp->next)
+            kids.push_back(nodetojson(cp, depth + 1));
+        j["children"] = std::move(kids);
+    }
+    return j;
+}
+
+// ---- JSON to tree --------------------------------------------------------
+
+struct Error : std::runtime_error {
+    using std::runtime_error::runtime_error;
+};
+
+char *utf8tobytes(const json &j, const char *field)
+{
+    if (!j.is_string())
+        throw Error(std::string("\"") + field + "\" is not a string");
+    const std::string &s = j.get_ref<const std::string &>();
+    std::string out;
+    for (size_t i = 0; i < s.size(); i++) {
+        unsigned char c = static_cast<unsigned char>(s[i]);
+        if (c == 0)
+            throw Error(std::string("\"") + field + "\" holds a NUL character");
+        if (c < 0x80) {
+            out += static_cast<char>(c);
+        } else if ((c == 0xC2 || c == 0xC3) && i + 1 < s.size()) {
+            unsigned char d = static_cast<unsigned char>(s[++i]);
+            out += static_cast<char>(((c & 0x1F) << 6) | (d & 0x3F));
+        } else {
+            throw Error(std::string("\"") + field + "\" holds a character above U+00FF");
+        }
+    }
+    char *cp = strdup(out.c_str());
+    if (cp == nullptr)
+        abort();
+    return cp;
+}
+
+int intfield(const json &j, const char *field)
+{
+    if (!j.is_number_integer())
+        throw Error(std::string("\"") + field + "\" is not an integer");
+    long long v = j.get<long long>();
+    if (v < INT32_MIN || v > INT32_MAX)
+        throw Error(std::string("\"") + field + "\" out of range");
+    return static_cast<int>(v);
+}
+
+template <size_t N>
+int enumfield(const char *const (&words)[N], const json &j, const char *field)
+{
+    if (j.is_number_integer())
+        return intfield(j, field);
+    if (j.is_string()) {
+        for (size_t i = 0; i < N; i++)
+            if (j.get_ref<const std::string &>() == words[i])
+                return static_cast<int>(i);
+    }
+    throw Error(std::string("bad value of \"") + field + "\"");
+}
+
+datatree_t *jsontonode(const json &j, int depth);
+
+// A chain of nodes from an array; freed again on any error.
+datatree_t *jsontochain(const json &arr, int depth)
+{
+    datatree_t *start = nullptr;
+    datatree_t **tpp = &start;
+    try {
+        for (const json &kid : arr) {
+            *tpp = jsontonode(kid, depth);
+            tpp = &(*tpp)->next;
+        }
+    } catch (...) {
+        if (start != nullptr)
+            freedatatree(start);
+        throw;
+    }
+    return start;
+}
+
+datatree_t *jsontonode(const json &j, int depth)
+{
+    if (depth > kMaxDepth)
+        throw Error("document deeper than 10000 levels");
+    if (!j.is_object())
+        throw Error("a node is not an object");
+    auto *tp = static_cast<datatree_t *>(calloc(1, sizeof(datatree_t)));
+    if (tp == nullptr)
+        abort();
+    try {
+        bool named = false;
+        for (auto it = j.begin(); it != j.end(); ++it) {
+            const std::string &key = it.key();
+            const json &v = it.value();
+            if (key == "name") {
+                tp->xmltag = utf8tobytes(v, "name");
+                named = true;
+            } else if (key == "data") {
+                tp->data = utf8tobytes(v, "data");
+            } else if (key == "defval") {
+                tp->defval = utf8tobytes(v, "defval");
+            } else if (key == "deffunc") {
+                tp->deffunc = utf8tobytes(v, "deffunc");
+            } else if (key == "loopcnt") {
+                tp->loopcnt = intfield(v, "loopcnt");
+            } else if (key == "iseditag") {
+                tp->iseditag = intfield(v, "iseditag");
+            } else if (key == "edilen") {
+                tp->edilen = intfield(v, "edilen");
+            } else if (key == "edimaxlen") {
+                tp->edimaxlen = intfield(v, "edimaxlen");
+            } else if (key == "valid") {
+                tp->valid = intfield(v, "valid");
+            } else if (key == "type") {
+                tp->type = static_cast<nodetype_t>(enumfield(nodetypes, v, "type"));
+            } else if (key == "edidata") {
+                tp->edidata = static_cast<edidata_t>(enumfield(edidatas, v, "edidata"));
+            } else if (key == "editype") {
+                tp->editype = static_cast<editype_t>(enumfield(editypes, v, "editype"));
+            } else if (key == "ediforce") {
+                tp->ediforce = static_cast<ediforce_t>(enumfield(ediforces, v, "ediforce"));
+            } else if (key == "edialign") {
+                tp->edialign = static_cast<edialign_t>(enumfield(edialigns, v, "edialign"));
+            } else if (key == "children") {
+                if (!v.is_array())
+                    throw Error("\"children\" is not an array");
+                tp->child = jsontochain(v, depth + 1);
+            } else {
+                throw Error("unknown field \"" + key + "\"");
+            }
+        }
+        if (!named)
+            throw Error("a node has no \"name\"");
+    } catch (...) {
+        freedatatree(tp);
+        throw;
+    }
+    return tp;
+}
+
+}  // namespace
+
+std::string treetojson(const datatree_t *tree, const char *key)
+{
+    json doc;
+    doc["format"] = "ediprot-tree";
+    doc["version"] = 1;
+    if (key != nullptr)
+        doc["key"] = bytestoutf8(key);
+    if (tree == nullptr) {
+        doc["tree"] = nullptr;
+    } else if (tree->next == nullptr) {
+        doc["tree"] = nodetojson(tree, 0);
+    } else {
+        json arr = json::array();
+        for (const datatree_t *tp = tree; tp != nullptr; tp = tp->next)
+            arr.push_back(nodetojson(tp, 0));
+        doc["tree"] = std::move(arr);
+    }
+    return doc.dump(1, ' ') + "\n";
+}
+
+datatree_t *jsontotree(const std::string &text, const std::string &name)
+{
+    json doc = json::parse(text, nullptr, false);
+    if (doc.is_discarded()) {
+        fprintf(stderr, "%s: not a valid JSON document\n", name.c_str());
+        return nullptr;
+    }
+    try {
+        const json *tree = &doc;
+        if (doc.is_object() && doc.contains("format")) {
+            if (doc["format"] != "ediprot-tree")
+                throw Error("not an ediprot tree document");
+            if (!doc.contains("tree"))
+                throw Error("document has no \"tree\"");
+            tree = &doc["tree"];
+        }
+        if (tree->is_null())
+            throw Error("document holds no tree");
+        if (tree->is_array()) {
+            datatree_t *chain = jsontochain(*tree, 0);
+            if (chain == nullptr)
+                throw Error("document holds no tree");
+            setparents(chain, 0);
+            for (datatree_t *tp = chain->next; tp != nullptr; tp = tp->next)
+                setparents(tp, 0);
+            return chain;
+        }
+        datatree_t *root = jsontonode(*tree, 0);
+        setparents(root, 0);
+        return root;
+    } catch (const std::exception &e) {
+        fprintf(stderr, "%s: %s\n", name.c_str(), e.what());
+        return nullptr;
+    }
+}
+
+}  // namespace edi

@@ -1,0 +1,32 @@
+// The JSON form of a tree, both ways.
+//
+// A node is an object: "name", then only the fields that are set ("data",
+// "loopcnt", "defval", "deffunc", "iseditag", "type", "edidata", "edilen",
+// "edimaxlen", "editype", "ediforce", "edialign", "valid"), then
+// "children" as an array when the node has any.  A missing "data" is no
+// value; "data": "" is the empty value.  Texts are byte strings: each byte
+// is written as the character of the same number (bytes 0x80 to 0xFF as
+// U+0080 to U+00FF), so every byte survives and Latin-1 text reads
+// naturally.  Enumerations are written as the words of the tree text
+// format.
+#ifndef EDI_JSONTREE_H
+#define EDI_JSONTREE_H
+
+#include <string>
+
+#include "ediprot.h"
+
+namespace edi {
+
+// The document for `tree` (one root, or a chain when tree->next is set):
+// {"format": "ediprot-tree", "version": 1, "key": ..., "tree": node-or-array}.
+// `key` is left out when NULL.
+std::string treetojson(const datatree_t *tree, const char *key);
+
+// Parses a document made by treetojson (or a bare node object / array).
+// On error writes "NAME: reason" to stderr and returns NULL.
+datatree_t *jsontotree(const std::string &text, const std::string &name);
+
+}  // namespace edi
+
+#endif

@@ -1,0 +1,36 @@
+// edi: converts EDIFACT interchanges and VDA record files to trees (tree
+// text or JSON) and back, through the ediprot module.
+#include <stdio.h>
+
+#include "commands.h"
+#include "ediprot.h"
+#include "module.h"
+#include "options.h"
+
+#ifndef EDIPROT_VERSION
+#define EDIPROT_VERSION "unknown"
+#endif
+
+int main(int argc, char **argv)
+{
+    edi::Options opt;
+    if (!edi::parseoptions(argc, argv, opt))
+        return edi::exit_usage;
+    if (opt.help) {
+        fputs(edi::helptext(opt.command), stdout);
+        return edi::exit_ok;
+    }
+    if (opt.version) {
+        printf("edi %s\n", EDIPROT_VERSION);
+        return edi::exit_ok;
+    }
+    if (opt.trace >= 0)
+        tracelevel = static_cast<int>(static_cast<unsigned>(opt.trace) << 28);
+
+    edi::Module mod;
+    if (!edi::loadmodule(mod))
+        return edi::exit_failed;
+    if (opt.command == "read" || opt.command == "vda-read")
+        return edi::readcommand(mod, opt);
+    return edi::writecommand(mod, opt);
+}

@@ -1,0 +1,166 @@
+#include "options.h"
+
+#include <stdio.h>
+#include <stdlib.h>
+#include <string.h>
+
+namespace edi {
+
+namespace {
+
+struct CommandHelp {
+    const char *name;
+    const char *text;
+};
+
+const CommandHelp helps[] = {
+    {"", "usage: edi COMMAND [OPTIONS] FILE...\n"
+         "\n"
+         "Converts EDIFACT interchanges and VDA record files to trees and back.\n"
+         "\n"
+         "commands:\n"
+         "  read       EDIFACT interchange(s) to a tree\n"
+         "  write      a tree to an EDIFACT interchange\n"
+         "  vda-read   VDA record file(s) to a tree\n"
+         "  vda-write  a tree to a VDA record file\n"
+         "\n"
+         "options for every command:\n"
+         "  --trace LEVEL  trace level 0 to 15 (trace lines on stderr)\n"
+         "  --help         help for the program or a command\n"
+         "  --version      the program's version\n"
+         "\n"
+         "exit status: 0 success, 1 the conversion failed, 2 usage error.\n"
+         "'edi COMMAND --help' describes a command.\n"},
+    {"read", "usage: edi read INPUT... [--servconf FILE | --config FILE]\n"
+             "                [--format tree|json] [-o OUT]\n"
+             "\n"
+             "Reads each EDIFACT interchange into a tree.  The configuration is\n"
+             "chosen by the file's document type and sender from the service\n"
+             "configurations of --servconf, or given directly with --config.\n"
+             "The key doctype_sender is reported on stderr (tree format) or in\n"
+             "the \"key\" field (json).  With several INPUT files and -o, OUT is a\n"
+             "folder that receives one result per input.\n"},
+    {"write", "usage: edi write TREE --config FILE --sender ID --recipient ID\n"
+              "                 [--test] -o OUT\n"
+              "\n"
+              "Writes the tree (tree text or JSON, told apart by content) as one\n"
+              "EDIFACT interchange with the outbound configuration FILE.  --test\n"
+              "marks the interchange as a test.\n"},
+    {"vda-read", "usage: edi vda-read INPUT... --config FILE [--format tree|json]\n"
+                 "                    [-o OUT]\n"
+                 "\n"
+                 "Reads each VDA record file into a tree with the configuration FILE.\n"
+                 "With several INPUT files and -o, OUT is a folder.\n"},
+    {"vda-write", "usage: edi vda-write TREE --config FILE -o OUT\n"
+                  "\n"
+                  "Writes the tree (tree text or JSON) as a VDA record file with its\n"
+                  "trailer, by the configuration FILE.\n"},
+};
+
+bool usage(const char *fmt, const char *arg)
+{
+    fputs("edi: ", stderr);
+    fprintf(stderr, fmt, arg);
+    fputs("\nTry 'edi --help'.\n", stderr);
+    return false;
+}
+
+}  // namespace
+
+const char *helptext(const std::string &command)
+{
+    for (const CommandHelp &h : helps)
+        if (command == h.name)
+            return h.text;
+    return helps[0].text;
+}
+
+bool parseoptions(int argc, char **argv, Options &opt)
+{
+    for (int i = 1; i < argc; i++) {
+        std::string a = argv[i];
+        // Options that take a value: --name VALUE or --name=VALUE.
+        auto value = [&](const char *name, std::string &out) -> int {
+            size_t n = strlen(name);
+            if (a == name) {
+                if (i + 1 >= argc)
+                    return usage("option %s needs a value", name), -1;
+                out = argv[++i];
+                return 1;
+            }
+            if (a.compare(0, n, name) == 0 && a.size() > n && a[n] == '=') {
+                out = a.substr(n + 1);
+                return 1;
+            }
+            return 0;
+        };
+        int r = 0;
+        std::string trace;
+        if ((r = value("--servconf", opt.servconf)) || (r = value("--config", opt.config)) ||
+            (r = value("--format", opt.format)) || (r = value("-o", opt.output)) ||
+            (r = value("--output", opt.output))) {
+            if (r < 0)
+                return false;
+        } else if ((r = value("--sender", opt.sender))) {
+            if (r < 0)
+                return false;
+            opt.havesender = true;
+        } else if ((r = value("--recipient", opt.recipient))) {
+            if (r < 0)
+                return false;
+            opt.haverecipient = true;
+        } else if ((r = value("--trace", trace))) {
+            if (r < 0)
+                return false;
+            char *end = nullptr;
+            long v = strtol(trace.c_str(), &end, 10);
+            if (trace.empty() || *end != '\0' || v < 0 || v > 15)
+                return usage("--trace takes a level from 0 to 15, not '%s'", trace.c_str());
+            opt.trace = static_cast<int>(v);
+        } else if (a == "--test") {
+            opt.test = true;
+        } else if (a == "--help" || a == "-h") {
+            opt.help = true;
+        } else if (a == "--version") {
+            opt.version = true;
+        } else if (a == "--") {
+            for (i++; i < argc; i++)
+                opt.inputs.push_back(argv[i]);
+        } else if (a.size() > 1 && a[0] == '-') {
+            return usage("unknown option '%s'", a.c_str());
+        } else if (opt.command.empty()) {
+            opt.command = a;
+        } else {
+            opt.inputs.push_back(a);
+        }
+    }
+    if (opt.help || opt.version)
+        return true;
+    if (opt.command.empty())
+        return usage("%sno command given", "");
+    if (opt.command != "read" && opt.command != "write" && opt.command != "vda-read" &&
+        opt.command != "vda-write")
+        return usage("unknown command '%s'", opt.command.c_str());
+    if (opt.format != "tree" && opt.format != "json")
+        return usage("--format takes tree or json, not '%s'", opt.format.c_str());
+    if (opt.inputs.empty())
+        return usage("%s needs an input file", opt.command.c_str());
+    bool writing = opt.command == "write" || opt.command == "vda-write";
+    if (writing) {
+        if (opt.inputs.size() != 1)
+            return usage("%s takes exactly one tree file", opt.command.c_str());
+        if (opt.output.empty())
+            return usage("%s needs -o OUT", opt.command.c_str());
+        if (opt.config.empty())
+            return usage("%s needs --config FILE", opt.command.c_str());
+    }
+    if (opt.command == "write" && (!opt.havesender || !opt.haverecipient))
+        return usage("%s needs --sender and --recipient", "write");
+    if (opt.command == "vda-read" && opt.config.empty())
+        return usage("%s needs --config FILE", "vda-read");
+    if (opt.command == "read" && !opt.config.empty() && !opt.servconf.empty())
+        return usage("%sgive either --servconf or --config, not both", "");
+    return true;
+}
+
+}  // namespace edi

@@ -1,0 +1,36 @@
+// Command line of the edi program.
+#ifndef EDI_OPTIONS_H
+#define EDI_OPTIONS_H
+
+#include <string>
+#include <vector>
+
+namespace edi {
+
+// Exit status of the program.
+enum Exit { exit_ok = 0, exit_failed = 1, exit_usage = 2 };
+
+struct Options {
+    std::string command;              // read, write, vda-read, vda-write
+    std::vector<std::string> inputs;  // INPUT files, or the TREE file
+    std::string servconf;             // --servconf FILE
+    std::string config;               // --config FILE
+    std::string format = "tree";      // --format tree|json
+    std::string output;               // -o OUT
+    std::string sender, recipient;    // --sender, --recipient
+    bool havesender = false, haverecipient = false;
+    bool test = false;                // --test
+    int trace = -1;                   // --trace LEVEL, -1 if not given
+    bool help = false, version = false;
+};
+
+// Parses argv.  On a usage error writes "edi: <reason>" and a hint to
+// stderr and returns false.
+bool parseoptions(int argc, char **argv, Options &opt);
+
+// The help text of the program, or of one command.
+const char *helptext(const std::string &command);
+
+}  // namespace edi
+
+#endif

@@ -1,0 +1,25 @@
+// Where a command's result goes: stdout, a file, or a file in a folder.
+#ifndef EDI_OUTPUT_H
+#define EDI_OUTPUT_H
+
+#include <string>
+
+namespace edi {
+
+// Writes `text` to `path` whole or not at all: it goes to a temporary file
+// beside `path` that is renamed over it once written and closed.  "" or
+// "-" means stdout.  On failure writes "edi: PATH: reason" and returns false.
+bool writewhole(const std::string &path, const std::string &text);
+
+// The output name for `input` when OUT is a folder: OUT/<base name>.<ext>.
+std::string infolder(const std::string &folder, const std::string &input,
+                     const std::string &ext);
+
+bool isfolder(const std::string &path);
+
+// The whole content of a file; on failure "edi: PATH: reason" and false.
+bool readwhole(const std::string &path, std::string &text);
+
+}  // namespace edi
+
+#endif
