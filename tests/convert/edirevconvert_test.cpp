@@ -1,0 +1,158 @@
+// Input value conversion: release characters leave the value; dates and
+// zero-filled numbers take their tree form.
+#include <gtest/gtest.h>
+
+#include <string>
+
+#include "internal.h"
+#include "testsupport.h"
+
+namespace {
+
+using ediprot::edirevconvert;
+
+std::string convert(editype_t type, const std::string &text)
+{
+    datatree_t ep{};
+    ep.xmltag = const_cast<char *>("3035");
+    ep.editype = type;
+    std::string work = text;
+    return edirevconvert(&ep, reinterpret_cast<unsigned char *>(work.data()));
+}
+
+struct ConvCase {
+    editype_t type;
+    const char *in;
+    const char *out;
+};
+
+TEST(Edirevconvert, ConvertsEachTypeToItsTreeForm)
+{
+    const ConvCase cases[] = {
+        {et_sdate, "071123", "23.11.2007"},
+        {et_sdate, "000000", "01.01.2000"},
+        {et_sdate, "991200", "01.11.2099"},
+        {et_sdate, "200700", "01.01.2020"},
+        {et_float0, "000123", "123"},
+        {et_float0, "00012.50", "12"},
+        {et_float0, "12A", "12"},
+        {et_date, "20071123", "2007-11-23"},
+        {et_date, "2007112345", "2007-11-23"},
+        {et_date, "200711", "2007-11-  "},
+        {et_string, "A?+B?:X", "A+B:X"},
+        {et_string, "A??B", "A?B"},
+    };
+    for (const auto &c : cases)
+        EXPECT_EQ(convert(c.type, c.in), c.out) << c.type << " " << c.in;
+}
+
+TEST(Edirevconvert, HandlesEmptyAndDegenerateTexts)
+{
+    const ConvCase cases[] = {
+        {et_none, "", ""},
+        {et_string, "", ""},
+        {et_float, "", ""},
+        {et_time, "", ""},
+        {et_float0, "", ""},
+        {et_date, "", "    -  -  "},
+        {et_float0, "0000", ""},
+        {et_float0, "00.50", ""},
+        {et_float0, "0 12", ""},
+        {et_float0, "0A1", ""},
+        {et_float0, "01?2", "1"},
+        {et_sdate, " garbage", "01.01.1970"},
+        {et_sdate, " ", "01.01.1970"},
+        // Fewer than six characters hold no date: the empty text.
+        {et_sdate, "", ""},
+        {et_sdate, "0711", ""},
+        {et_sdate, "07110", ""},
+        // A date already in tree form is taken over as it stands.
+        {et_date, "2007-11-23", "2007-11-23"},
+        {et_date, "2007-1", "2007-1"},
+        {et_date, "20071123-5", "2007-11-23"},
+        // The decimal mark stays what it is; other types are copied.
+        {et_float, "12,50", "12,50"},
+        {et_time, "1?'2", "1'2"},
+        {static_cast<editype_t>(42), "A?", "A"},
+    };
+    for (const auto &c : cases)
+        EXPECT_EQ(convert(c.type, c.in), c.out) << c.type << " <" << c.in << ">";
+}
+
+TEST(Edirevconvert, NullValueGivesEmptyTextWithoutTrace)
+{
+    tracelevel = static_cast<int>(0xF0000000u);
+    datatree_t ep{};
+    ep.xmltag = const_cast<char *>("X");
+    ep.editype = et_sdate;
+    std::string err = testsupport::capture_stderr([&] {
+        EXPECT_STREQ(edirevconvert(&ep, nullptr), "");
+    });
+    EXPECT_EQ(err, "");
+    tracelevel = 0;
+}
+
+TEST(Edirevconvert, SdateChangesTheCallersTextAndConvertsItAgainAlike)
+{
+    datatree_t ep{};
+    ep.xmltag = const_cast<char *>("2380");
+    ep.editype = et_sdate;
+    char text[] = "000000";
+    EXPECT_STREQ(edirevconvert(&ep, reinterpret_cast<unsigned char *>(text)),
+                 "01.01.2000");
+    EXPECT_STREQ(text, "000101");
+    EXPECT_STREQ(edirevconvert(&ep, reinterpret_cast<unsigned char *>(text)),
+                 "01.01.2000");
+    char blank[] = " 00000";
+    edirevconvert(&ep, reinterpret_cast<unsigned char *>(blank));
+    EXPECT_STREQ(blank, " 00000");
+}
+
+TEST(Edirevconvert, FollowsTheReleaseCharacterInForce)
+{
+    escape = '#';
+    EXPECT_EQ(convert(et_string, "A#+B?C##"), "A+B?C#");
+    EXPECT_EQ(convert(et_string, "AB#"), "AB");
+    escape = '?';
+}
+
+TEST(Edirevconvert, EachCallClearsTheResultOfTheLast)
+{
+    datatree_t ep{};
+    ep.xmltag = const_cast<char *>("X");
+    char first[] = "ABCDEFGH";
+    char second[] = "XY";
+    char *r1 = edirevconvert(&ep, reinterpret_cast<unsigned char *>(first));
+    char *r2 = edirevconvert(&ep, reinterpret_cast<unsigned char *>(second));
+    EXPECT_EQ(r1, r2);
+    EXPECT_EQ(memcmp(r2, "XY\0\0\0\0\0\0\0", 9), 0);
+}
+
+TEST(Edirevconvert, CutsValueLongerThanItsBuffer)
+{
+    std::string big(ediprot::kTextMax + 100, 'x');
+    std::string got = convert(et_string, big);
+    EXPECT_EQ(got.size(), static_cast<size_t>(ediprot::kTextMax - 1));
+    std::string zeros(ediprot::kTextMax + 100, '0');
+    zeros += "7";
+    EXPECT_EQ(convert(et_float0, zeros), "7");
+}
+
+TEST(Edirevconvert, WritesItsTraceLinesAtTheirLevels)
+{
+    datatree_t ep{};
+    ep.xmltag = const_cast<char *>("2380");
+    ep.editype = et_sdate;
+    char text[] = "071123";
+    tracelevel = 0x20000000;  // level 1 points only
+    std::string err = testsupport::capture_stderr([&] {
+        edirevconvert(&ep, reinterpret_cast<unsigned char *>(text));
+    });
+    tracelevel = 0;
+    EXPECT_NE(err.find("): edirevconvert: et_sdate <071123>\n"), std::string::npos);
+    EXPECT_NE(err.find("): edirevconvert: et_sdate after <23.11.2007>\n"),
+              std::string::npos);
+    EXPECT_EQ(err.find("edirevconvert in"), std::string::npos);
+}
+
+}  // namespace

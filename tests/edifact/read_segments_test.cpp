@@ -1,0 +1,162 @@
+// The segment reader: bytes of an interchange into the flat chain of
+// segment nodes, elements and components, in raw file form.
+#include <gtest/gtest.h>
+
+#include <string>
+
+#include "read_support.h"
+#include "testsupport.h"
+
+using readsupport::picture;
+using readsupport::readbytes;
+
+namespace {
+
+struct SegmentCase {
+    int before;  // tagcnt ahead of the segment
+    std::string text;
+    std::string expected;
+};
+
+// Reads one segment text without terminator (the last piece of a file).
+std::string readone(const SegmentCase &c)
+{
+    ediprot::tagcnt = c.before;
+    datatree_t *root = readbytes(c.text);
+    EXPECT_NE(root, nullptr);
+    if (root == nullptr)
+        return "";
+    std::string got = picture(root->child);
+    freedatatree(root);
+    return got;
+}
+
+TEST(Readseg, SplitsSegmentsIntoElementsAndComponentsByPosition)
+{
+    const SegmentCase cases[] = {
+        {1, "UNH+1+ORDERS:D:96A:UN",
+         "$UNH002_D{DST=\"1\" DST=\"ORDERS:D:96A:UN\"{CDE=\"ORDERS\" CDE=\"D\" "
+         "CDE=\"96A\" CDE=\"UN\"}}"},
+        {2, "BGM+220++9", "$BGM003_D{DST=\"220\" DST=\"\" DST=\"9\"}"},
+        {3, "FTX+A?+B", "$FTX004_D{DST=\"A?+B\"}"},
+        {4, "FTX+A?:B:C", "$FTX005_D{DST=\"A?:B:C\"}"},
+        {5, "FTX+A:B?:C", "$FTX006_D{DST=\"A:B?:C\"{CDE=\"A\" CDE=\"B?:C\"}}"},
+        {6, "FTX+:A", "$FTX007_D{DST=\":A\"{CDE=\"\" CDE=\"A\"}}"},
+        {7, "ABC:X:Y", "$ABC008_D{CDE=\"X\" CDE=\"Y\"}"},
+        {8, "FTX+A??+B", "$FTX009_D{DST=\"A??+B\"}"},
+    };
+    for (const auto &c : cases)
+        EXPECT_EQ(readone(c), c.expected) << c.text;
+}
+
+TEST(Readseg, GivesEveryMalformedSegmentTextADefinedNode)
+{
+    const SegmentCase cases[] = {
+        {0, "", "$001_D{CDE=\"\"}"},
+        {0, "ABC", "$ABC001_D{CDE=\"\"}"},
+        {0, "AB", "$AB001_D{CDE=\"\"}"},
+        {0, "ABC+", "$ABC001_D{DST=\"\"}"},
+        {0, "ABC:", "$ABC001_D{CDE=\"\"}"},
+        {0, "ABC+X+", "$ABC001_D{DST=\"X\" DST=\"\"}"},
+        {0, "AB+X", "$AB+001_D{CDE=\"\"}"},
+        {0, "ABCD+E", "$ABC001_D{CDE=\"+E\"}"},
+        {0, "\nUNH+1+ORDERS:D:96A:UN",
+         "$\\nUN001_D{CDE=\"+1+ORDERS\" CDE=\"D\" CDE=\"96A\" CDE=\"UN\"}"},
+        {0, "\n", "$\\n001_D{CDE=\"\"}"},
+        {998, "UNT+5+1", "$UNT999_D{DST=\"5\" DST=\"1\"}"},
+        {999, "UNT+5+1", "$UNT1000_D{DST=\"5\" DST=\"1\"}"},
+    };
+    for (const auto &c : cases)
+        EXPECT_EQ(readone(c), c.expected) << readsupport::quoted(c.text.c_str());
+}
+
+TEST(Readseg, EndsEveryFileWithTheLastPieceEvenWhenEmpty)
+{
+    datatree_t *root = readbytes("UNB+X'UNZ+1'");
+    ASSERT_NE(root, nullptr);
+    EXPECT_STREQ(root->xmltag, "edi");
+    EXPECT_EQ(root->data, nullptr);
+    EXPECT_EQ(picture(root->child),
+              "$UNB001_D{DST=\"X\"} $UNZ002_D{DST=\"1\"} $003_D{CDE=\"\"}");
+    EXPECT_EQ(root->child->iseditag, 1);
+    EXPECT_EQ(root->child->child->iseditag, 0);
+    EXPECT_EQ(ediprot::tagcnt, 3);
+    freedatatree(root);
+}
+
+TEST(Readseg, KeepsReleasedTerminatorInText)
+{
+    datatree_t *root = readbytes("FTX+A?'B'");
+    ASSERT_NE(root, nullptr);
+    EXPECT_EQ(picture(root->child), "$FTX001_D{DST=\"A?'B\"} $002_D{CDE=\"\"}");
+    freedatatree(root);
+}
+
+TEST(Readseg, ReadsOnBehindUnzAndCountsLineBreaksAsText)
+{
+    datatree_t *root = readbytes("UNZ+1'\nXYZ+2'\n");
+    ASSERT_NE(root, nullptr);
+    EXPECT_EQ(picture(root->child),
+              "$UNZ001_D{DST=\"1\"} $\\nXY002_D{CDE=\"+2\"} $\\n003_D{CDE=\"\"}");
+    freedatatree(root);
+}
+
+TEST(Readseg, NulByteEndsTheSplittingButNotTheSegment)
+{
+    std::string bytes("ABC+X\0Y+Z'A\0C+Q'", 16);
+    datatree_t *root = readbytes(bytes);
+    ASSERT_NE(root, nullptr);
+    EXPECT_EQ(picture(root->child),
+              "$ABC001_D{DST=\"X\"} $A002_D{DST=\"Q\"} $003_D{CDE=\"\"}");
+    freedatatree(root);
+}
+
+TEST(Readseg, UsesTheServiceCharactersInForce)
+{
+    seg_sep = '!';
+    dst_sep = '*';
+    cmp_sep = '^';
+    escape = '#';
+    datatree_t *root = readbytes("FTX*A^B#^C*D#!E!NAD'X*Y!");
+    ASSERT_NE(root, nullptr);
+    EXPECT_EQ(picture(root->child),
+              "$FTX001_D{DST=\"A^B#^C\"{CDE=\"A\" CDE=\"B#^C\"} DST=\"D#!E\"} "
+              "$NAD002_D{CDE=\"X*Y\"} $003_D{CDE=\"\"}");
+    freedatatree(root);
+}
+
+TEST(Readseg, BlankReleaseCharacterReleasesTheSeparatorBehindIt)
+{
+    escape = ' ';
+    datatree_t *root = readbytes("FTX+A +B+C");
+    ASSERT_NE(root, nullptr);
+    EXPECT_EQ(picture(root->child), "$FTX001_D{DST=\"A +B\" DST=\"C\"}");
+    freedatatree(root);
+}
+
+TEST(Readseg, AcceptsSegmentUpToTheBufferLimit)
+{
+    std::string text = "FTX+" + std::string(ediprot::kTextMax - 1 - 4, 'x');
+    datatree_t *root = readbytes(text + "'");
+    ASSERT_NE(root, nullptr);
+    ASSERT_NE(root->child->child, nullptr);
+    EXPECT_EQ(strlen(root->child->child->data), text.size() - 4);
+    freedatatree(root);
+}
+
+TEST(Readseg, RefusesSegmentBeyondTheBufferLimit)
+{
+    const std::string tooLong[] = {
+        "UNB+1'FTX+" + std::string(ediprot::kTextMax - 4, 'x') + "'",
+        "FTX+" + std::string(ediprot::kTextMax - 4, 'x'),
+        "FTX+" + std::string(ediprot::kTextMax - 6, 'x') + "?''",
+    };
+    for (const auto &bytes : tooLong) {
+        datatree_t *root = reinterpret_cast<datatree_t *>(1);
+        std::string err = testsupport::capture_stderr([&] { root = readbytes(bytes); });
+        EXPECT_EQ(root, nullptr);
+        EXPECT_EQ(err, "mem: segment longer than 8191 characters\n");
+    }
+}
+
+}  // namespace
