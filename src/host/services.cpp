@@ -4,6 +4,7 @@
 #include <stdlib.h>
 #include <string.h>
 
+#include <new>
 #include <string>
 #include <vector>
 
@@ -89,15 +90,19 @@ void setparents(datatree_t *tree, int flag)
     (void)flag;
     if (tree == nullptr)
         return;
-    std::vector<datatree_t *> todo{tree};
-    while (!todo.empty()) {
-        datatree_t *tp = todo.back();
-        todo.pop_back();
-        for (datatree_t *cp = tp->child; cp != nullptr; cp = cp->next) {
-            cp->parent = tp;
-            if (cp->child != nullptr)
-                todo.push_back(cp);
+    try {
+        std::vector<datatree_t *> todo{tree};
+        while (!todo.empty()) {
+            datatree_t *tp = todo.back();
+            todo.pop_back();
+            for (datatree_t *cp = tp->child; cp != nullptr; cp = cp->next) {
+                cp->parent = tp;
+                if (cp->child != nullptr)
+                    todo.push_back(cp);
+            }
         }
+    } catch (const std::bad_alloc &) {
+        edihost_outofmemory();
     }
 }
 
@@ -133,14 +138,18 @@ char *pathfornode(datatree_t *node, int flag)
     static std::string path;
     if (node == nullptr)
         return nullptr;
-    std::vector<const char *> names;
-    for (datatree_t *tp = node; tp != nullptr; tp = tp->parent)
-        names.push_back(tp->xmltag);
-    path.clear();
-    for (auto it = names.rbegin(); it != names.rend(); ++it) {
-        if (it != names.rbegin())
-            path += '.';
-        path += *it;
+    try {
+        std::vector<const char *> names;
+        for (datatree_t *tp = node; tp != nullptr; tp = tp->parent)
+            names.push_back(tp->xmltag);
+        path.clear();
+        for (auto it = names.rbegin(); it != names.rend(); ++it) {
+            if (it != names.rbegin())
+                path += '.';
+            path += *it;
+        }
+    } catch (const std::bad_alloc &) {
+        edihost_outofmemory();
     }
     return path.data();
 }

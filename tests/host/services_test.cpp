@@ -1,0 +1,180 @@
+// The tree services of the host layer: release, parent links, paths,
+// parameter copies and dumps.
+#include <gtest/gtest.h>
+#include <stdlib.h>
+#include <string.h>
+
+#include <string>
+
+#include "edihost.h"
+#include "testsupport.h"
+
+using testsupport::adopt;
+using testsupport::capture_stderr;
+using testsupport::dump;
+using testsupport::node;
+
+TEST(Freedatatree, ReleasesAChainOfAMillionSiblings)
+{
+    datatree_t *head = nullptr;
+    for (int i = 0; i < 1000000; i++) {
+        datatree_t *tp = node("n", "v");
+        tp->next = head;
+        head = tp;
+    }
+    freedatatree(head);  // leak detection checks that every node went
+}
+
+TEST(Freedatatree, ReleasesAChainAMillionLevelsDeep)
+{
+    datatree_t *root = node("n", "v");
+    datatree_t *tp = root;
+    for (int i = 0; i < 1000000; i++) {
+        tp->child = node("n");
+        tp = tp->child;
+    }
+    freedatatree(root);
+}
+
+TEST(Freedatatree, LeavesFormerSiblingsAloneOnceNextIsCleared)
+{
+    datatree_t *b = node("b", "2");
+    datatree_t *a = node("a", "1", {node("a1")});
+    a->next = b;
+    a->next = nullptr;
+    freedatatree(a);
+    EXPECT_STREQ(b->xmltag, "b");
+    EXPECT_STREQ(b->data, "2");
+    freedatatree(b);
+}
+
+TEST(Setparents, RelinksEveryNodeAfterTheTreeWasChanged)
+{
+    datatree_t *x = node("x", nullptr, {node("x1")});
+    datatree_t *root = node("r", nullptr, {node("a", nullptr, {x}), node("b")});
+    setparents(root, 0);
+    // Move x from a to below b, and add new nodes.
+    datatree_t *a = root->child;
+    datatree_t *b = a->next;
+    a->child = node("a1");
+    adopt(b, {x, node("b2", nullptr, {node("b21")})});
+    setparents(root, 0);
+    EXPECT_EQ(root->parent, nullptr);
+    for (datatree_t *cp = root->child; cp != nullptr; cp = cp->next)
+        EXPECT_EQ(cp->parent, root);
+    EXPECT_EQ(a->child->parent, a);
+    for (datatree_t *cp = b->child; cp != nullptr; cp = cp->next)
+        EXPECT_EQ(cp->parent, b) << cp->xmltag;
+    EXPECT_EQ(x->child->parent, x);
+    EXPECT_EQ(x->next->child->parent, x->next);
+    freedatatree(root);
+}
+
+TEST(Pathfornode, JoinsTheNamesFromTheRootAsFarAsParentLinksGo)
+{
+    datatree_t *root = testsupport::rooted(
+        node("edi", nullptr, {node("ORDERS", nullptr, {node("$UNH", nullptr, {node("S009", nullptr, {node("0065")})})})}));
+    EXPECT_STREQ(pathfornode(root, 0), "edi");
+    datatree_t *deep = root->child->child->child->child;
+    EXPECT_STREQ(pathfornode(deep, 0), "edi.ORDERS.$UNH.S009.0065");
+
+    // A fresh loop copy: its own parent is still NULL, its child points to it.
+    datatree_t *copy = node("*PARTY", nullptr, {node("$NAD")});
+    copy->child->parent = copy;
+    EXPECT_STREQ(pathfornode(copy->child, 0), "*PARTY.$NAD");
+    EXPECT_EQ(pathfornode(nullptr, 0), nullptr);
+
+    // A path longer than any fixed buffer of the module.
+    std::string longname(10000, 'x');
+    datatree_t *longnode = node(longname.c_str());
+    longnode->parent = deep;
+    EXPECT_EQ(std::string(pathfornode(longnode, 0)), "edi.ORDERS.$UNH.S009.0065." + longname);
+    freedatatree(longnode);
+    freedatatree(copy);
+    freedatatree(root);
+}
+
+TEST(Copynodeparms, CopiesTheParametersButNeitherValueNorLinks)
+{
+    datatree_t *src = node("$NAD", "value", {node("kid")});
+    src->next = node("sibling");
+    src->loopcnt = 3;
+    src->defval = strdup("dv");
+    src->deffunc = strdup("unhcnt");
+    src->iseditag = 1;
+    src->type = nt_loop;
+    src->edidata = ed_opt;
+    src->edilen = 5;
+    src->edimaxlen = 35;
+    src->editype = et_sdate;
+    src->ediforce = ef_mand;
+    src->edialign = el_left;
+    src->valid = 1;
+    src->line = 12;
+    src->file = strdup("orders.cfg");
+    datatree_t *dst = node("copy");
+    char *tag = dst->xmltag;
+
+    copynodeparms(dst, src, 1);
+    EXPECT_EQ(dst->xmltag, tag);
+    EXPECT_EQ(dst->data, nullptr);
+    EXPECT_EQ(dst->child, nullptr);
+    EXPECT_EQ(dst->next, nullptr);
+    EXPECT_EQ(dst->parent, nullptr);
+    EXPECT_EQ(dst->loopcnt, 3);
+    EXPECT_EQ(dst->iseditag, 1);
+    EXPECT_EQ(dst->type, nt_loop);
+    EXPECT_EQ(dst->edidata, ed_opt);
+    EXPECT_EQ(dst->edilen, 5);
+    EXPECT_EQ(dst->edimaxlen, 35);
+    EXPECT_EQ(dst->editype, et_sdate);
+    EXPECT_EQ(dst->ediforce, ef_mand);
+    EXPECT_EQ(dst->edialign, el_left);
+    EXPECT_EQ(dst->valid, 1);
+    EXPECT_EQ(dst->line, 12);
+    // Own copies of the strings, so that the source can go first.
+    EXPECT_NE(dst->defval, src->defval);
+    EXPECT_NE(dst->file, src->file);
+    freedatatree(src);
+    EXPECT_STREQ(dst->defval, "dv");
+    EXPECT_STREQ(dst->deffunc, "unhcnt");
+    EXPECT_STREQ(dst->file, "orders.cfg");
+    freedatatree(dst);
+}
+
+TEST(Printdata, WritesTheTreeOnlyWhileTheTopBitsOfTracelevelAreSet)
+{
+    datatree_t *tree = node("edi", nullptr, {node("a b", "1")});
+    std::string text = dump(tree);
+    struct Case {
+        int level;
+        bool writes;
+    } cases[] = {{0, false}, {0x0000000f, false}, {0x10000000, true},
+                 {0x30000000, true}, {static_cast<int>(0xf0000000u), true}};
+    for (const Case &c : cases) {
+        tracelevel = c.level;
+        std::string err = capture_stderr([&] { printdata(tree, 0, stderr, 1); });
+        EXPECT_EQ(err, c.writes ? text : "") << std::hex << c.level;
+    }
+    tracelevel = 0;
+    EXPECT_EQ(dump(tree), text);
+    freedatatree(tree);
+}
+
+TEST(Printdata, ANullTreeWritesNothingOrANullLine)
+{
+    tracelevel = 0;
+    EXPECT_EQ(capture_stderr([] { printdata(nullptr, 0, stderr, 1); }), "");
+    tracelevel = 0x30000000;
+    EXPECT_EQ(capture_stderr([] { printdata(nullptr, 0, stderr, 1); }), "(null)\n");
+    tracelevel = 0;
+}
+
+TEST(Msprintf, FormatsTextsOfAnyLength)
+{
+    std::string big(100000, 'z');
+    char *cp = msprintf(const_cast<char *>("ediprot"), 1, 0, const_cast<char *>("$%s%03d_D"),
+                        big.c_str(), 7);
+    EXPECT_EQ(std::string(cp), "$" + big + "007_D");
+    free(cp);
+}
