@@ -164,12 +164,15 @@ EDIPROT_API extern char *charsetB;
  *           changed; NULL to choose the configuration from the file: the
  *           key doctype_sender (document type from the first UNH, sender
  *           from the first UNB) is looked up with getservconf and its
- *           fromconffile read with readconfig.
+ *           fromconffile read with readconfig.  With inhead the key is
+ *           formed from the same two places, and no lookup follows.
  *   sc      not read.
  *
  * Result: a new tree owned by the caller (release with freedatatree), a
  * root "edi" with one filled copy of the configuration per message; NULL
- * on failure.  The key lands in (*evpp)->servconftag.
+ * on failure.  The key lands in (*evpp)->servconftag.  Loop nodes that got
+ * no data are removed; the others carry in loopcnt the numbers under which
+ * edifactwrite, given the same configuration, looks for them.
  *
  * Messages on stderr (each ends the call with NULL unless noted):
  *   perror(fn)                          file cannot be opened
@@ -177,7 +180,8 @@ EDIPROT_API extern char *charsetB;
  *                                       UNA nor UNB at the start
  *   "%s: segment longer than %d characters\n"
  *                                       a segment overflows the segment
- *                                       buffer of 8192 characters
+ *                                       buffer (8191 characters before
+ *                                       its terminator)
  *   "%s: segment terminator 0x%02x out of range\n"
  *                                       a UNA sets a terminator >= 0x80
  *   searchtagval's line, "%d: no sender\n" / "%d: no doctype\n"
@@ -187,7 +191,9 @@ EDIPROT_API extern char *charsetB;
  *   "mandatory tag <%s> not found\n"    (not a failure of the call) a
  *                                       mandatory segment is missing at the
  *                                       end of a message's input
- *   "edifactread failed\n"              closes every failure.
+ *   "edifactread failed\n"              trace line of level 0 (shown when
+ *                                       the top bits of tracelevel are not
+ *                                       0) that closes every failure.
  */
 EDIPROT_API datatree_t *edifactread(char *fn, envelope_t **evpp,
                                     datatree_t *inhead, servconf_t *sc);
@@ -195,7 +201,8 @@ EDIPROT_API datatree_t *edifactread(char *fn, envelope_t **evpp,
 /* edifactwrite - write a data tree as one EDIFACT interchange.
  *
  *   tree       data tree (may be NULL: only defaults are written).
- *   outfile    output file name; opened with tmpfopen(outfile, "w").
+ *   outfile    output file name; opened with tmpfopen(outfile, "w").  The
+ *              stream must be seekable: segments are taken back in place.
  *   enc, ev    not read; may be NULL.
  *   outcf      configuration tree of the output format (may be NULL).
  *   sender,    identifications for UNB; must be writable: texts longer than

@@ -2,6 +2,8 @@
 // zero-filled numbers take their tree form.
 #include <gtest/gtest.h>
 
+#include <string.h>
+
 #include <string>
 
 #include "internal.h"
@@ -11,17 +13,18 @@ namespace {
 
 using ediprot::edirevconvert;
 
-std::string convert(editype_t type, const std::string &text)
+std::string convert(int type, const std::string &text)
 {
     datatree_t ep{};
     ep.xmltag = const_cast<char *>("3035");
-    ep.editype = type;
+    // Any int may stand in the field; set it as the host would, bytewise.
+    memcpy(&ep.editype, &type, sizeof type);
     std::string work = text;
     return edirevconvert(&ep, reinterpret_cast<unsigned char *>(work.data()));
 }
 
 struct ConvCase {
-    editype_t type;
+    int type;
     const char *in;
     const char *out;
 };
@@ -73,7 +76,7 @@ TEST(Edirevconvert, HandlesEmptyAndDegenerateTexts)
         // The decimal mark stays what it is; other types are copied.
         {et_float, "12,50", "12,50"},
         {et_time, "1?'2", "1'2"},
-        {static_cast<editype_t>(42), "A?", "A"},
+        {42, "A?", "A"},
     };
     for (const auto &c : cases)
         EXPECT_EQ(convert(c.type, c.in), c.out) << c.type << " <" << c.in << ">";

@@ -3,7 +3,6 @@
 // message, pruning, loop numbers, and every way out with its message.
 #include <gtest/gtest.h>
 
-#include <regex>
 #include <string>
 
 #include "edihost.h"
@@ -48,6 +47,25 @@ struct Read {
         return tp != nullptr && tp->data != nullptr ? tp->data : "(none)";
     }
 };
+
+// stderr with the source line numbers of "%d: no sender" / "%d: no
+// doctype" replaced by "N", which differ from build to build.
+std::string normalized(const std::string &err)
+{
+    std::string out;
+    size_t pos = 0;
+    while (pos < err.size()) {
+        size_t end = err.find('\n', pos);
+        end = end == std::string::npos ? err.size() : end + 1;
+        std::string line = err.substr(pos, end - pos);
+        size_t digits = line.find_first_not_of("0123456789");
+        if (digits > 0 && digits != std::string::npos && line.compare(digits, 5, ": no ") == 0)
+            line = "N" + line.substr(digits);
+        out += line;
+        pos = end;
+    }
+    return out;
+}
 
 void loadservconf()
 {
@@ -197,7 +215,7 @@ TEST(Edifactread, MissingMandatorySegmentIsReportedButNoFailure)
 struct FailCase {
     const char *name;
     std::string bytes;
-    std::string expected;  // regular expression over the whole stderr
+    std::string expected;  // whole stderr; @ stands for the file name
 };
 
 TEST(Edifactread, RefusesWhatItCannotReadWithItsMessage)
@@ -210,17 +228,17 @@ TEST(Edifactread, RefusesWhatItCannotReadWithItsMessage)
         {"lower.edi", "unb+UNOA:1+BUYERCORP:1+X'", "@ is not an edi-file\n"},
         {"bom.edi", "\xef\xbb\xbfUNB+UNOA:1+BUYERCORP:1+X'", "@ is not an edi-file\n"},
         {"nosender.edi", "UNB+UNOA:1+SENDER+X'UNH+1+ORDERS:D:96A:UN'",
-         "searchtagval: node not found: cde 0\n[0-9]+: no sender\n"},
+         "searchtagval: node not found: cde 0\nN: no sender\n"},
         {"nounb.edi", "UNA:+.? 'UNH+1+ORDERS:D:96A:UN'UNT+1+1'",
-         "searchtagval: node <docs.edi.\\$UNB001_D> not found\n[0-9]+: no sender\n"},
+         "searchtagval: node <docs.edi.$UNB001_D> not found\nN: no sender\n"},
         {"orphans.edi", "UNA:+.? 'XXX+1'YYY+2'UNB+UNOA:1+BUYERCORP:1'UNH+1+ORDERS:D:96A:UN'",
-         "searchtagval: node <docs.edi.\\$UNB001_D> not found\n[0-9]+: no sender\n"},
+         "searchtagval: node <docs.edi.$UNB001_D> not found\nN: no sender\n"},
         {"nodoctype.edi", "UNB+UNOA:1+BUYERCORP:1+X'UNH+1+ORDERS'",
-         "searchtagval: node not found: cde 0\n[0-9]+: no doctype\n"},
+         "searchtagval: node not found: cde 0\nN: no doctype\n"},
         {"unknown.edi", "UNB+UNOA:1+NOBODY:1+X'UNH+1+ORDERS:D:96A:UN'",
          "config <ORDERS_NOBODY> not found\n"},
         {"released.edi", "UNB+UNOA:1+BUYER?+CORP:1+X'UNH+1+ORDERS:D:96A:UN'",
-         "config <ORDERS_BUYER\\?\\+CORP> not found\n"},
+         "config <ORDERS_BUYER?+CORP> not found\n"},
         {"long.edi", longseg, "@: segment longer than 8191 characters\n"},
         {"term.edi", "UNA:+.? \xa7UNB+UNOA:1+BUYERCORP:1\xa7",
          "@: segment terminator 0xa7 out of range\n"},
@@ -228,13 +246,13 @@ TEST(Edifactread, RefusesWhatItCannotReadWithItsMessage)
     for (const auto &c : cases) {
         loadservconf();
         std::string fn = writetemp(c.name, c.bytes);
-        std::string expected = std::regex_replace(
-            c.expected, std::regex("@"), std::regex_replace(fn, std::regex("[.]"), "\\."));
+        std::string expected = c.expected;
+        if (expected[0] == '@')
+            expected.replace(0, 1, fn);
         Read r(fn);
         EXPECT_EQ(r.tree, nullptr) << c.name;
         EXPECT_EQ(r.ev, kUntouched) << c.name;
-        EXPECT_TRUE(std::regex_match(r.err, std::regex(expected)))
-            << c.name << ": " << r.err;
+        EXPECT_EQ(normalized(r.err), expected) << c.name;
     }
 }
 
@@ -242,17 +260,16 @@ TEST(Edifactread, FailsOnAFileWithoutTheUnhBehindTheUnb)
 {
     loadservconf();
     const std::string expected =
-        "searchtagval: node <docs.edi.\\$UNH002_D> not found\n[0-9]+: no doctype\n";
+        "searchtagval: node <docs.edi.$UNH002_D> not found\nN: no doctype\n";
     for (const char *name : {"orders_ung.edi", "orders_linebreaks.edi"}) {
         Read r(kData + name);
         EXPECT_EQ(r.tree, nullptr) << name;
-        EXPECT_TRUE(std::regex_match(r.err, std::regex(expected))) << name << ": " << r.err;
+        EXPECT_EQ(normalized(r.err), expected) << name;
     }
     Read r(kData + "orders_una_linebreaks.edi");
     EXPECT_EQ(r.tree, nullptr);
-    EXPECT_TRUE(std::regex_match(
-        r.err, std::regex("searchtagval: node <docs.edi.\\$UNB001_D> not found\n[0-9]+: no sender\n")))
-        << r.err;
+    EXPECT_EQ(normalized(r.err),
+              "searchtagval: node <docs.edi.$UNB001_D> not found\nN: no sender\n");
 }
 
 TEST(Edifactread, ReportsAFileThatCannotBeOpenedAndKeepsTheSeparators)
@@ -295,10 +312,14 @@ TEST(Edifactread, ClosesEveryFailureWithATraceLineAtLevelZero)
     tracelevel = 0x10000000;
     Read r(fn);
     tracelevel = 0;
-    EXPECT_TRUE(std::regex_match(
-        r.err, std::regex(".* is not an edi-file\n[0-9:.]{12} \\(ediprot       :[0-9]{4}\\): "
-                          "edifactread failed\n")))
-        << r.err;
+    // The message, then the prefix "HH:MM:SS.mmm (ediprot       :LINE): "
+    // and the closing line.
+    const std::string head = fn + " is not an edi-file\n";
+    const std::string tail = "): edifactread failed\n";
+    ASSERT_EQ(r.err.size(), head.size() + 12 + 2 + 14 + 1 + 4 + tail.size()) << r.err;
+    EXPECT_EQ(r.err.substr(0, head.size()), head);
+    EXPECT_EQ(r.err.substr(head.size() + 12, 17), " (ediprot       :");
+    EXPECT_EQ(r.err.substr(r.err.size() - tail.size()), tail);
 }
 
 TEST(Edifactread, ReadsAFileWithoutUnzAndOnlyTheFirstUnbCounts)

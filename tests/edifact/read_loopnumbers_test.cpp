@@ -6,7 +6,7 @@
 #include <string>
 #include <vector>
 
-#include "../../src/programs/edifact/loopnumbers.h"
+#include "../../src/programs/edifact/readstages.h"
 #include "read_support.h"
 #include "testsupport.h"
 

@@ -91,8 +91,11 @@ char *edirevconvert(datatree_t *ep, unsigned char *udata)
     memset(buf, 0, sizeof buf);
     if (udata == nullptr)
         return buf;
+    // The field may hold any int that the host put there: read it as one.
+    int type;
+    memcpy(&type, &ep->editype, sizeof type);
     TRACE(2, "edirevconvert in <%s>, data <%s>, type %d\n", ep->xmltag, udata,
-          ep->editype);
+          type);
     size_t len = strlen(reinterpret_cast<char *>(udata));
     char *data = static_cast<char *>(calloc(len + 32, 1));
     if (data == nullptr) {
@@ -100,7 +103,7 @@ char *edirevconvert(datatree_t *ep, unsigned char *udata)
         abort();
     }
     unescape(udata, data);
-    switch (ep->editype) {
+    switch (type) {
     case et_sdate:
         sdate(udata);
         break;

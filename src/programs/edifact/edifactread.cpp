@@ -7,7 +7,7 @@
 #include <strings.h>
 
 #include "../internal.h"
-#include "loopnumbers.h"
+#include "readstages.h"
 
 namespace ediprot {
 
@@ -209,6 +209,7 @@ EDIPROT_API datatree_t *edifactread(char *fn, envelope_t **evpp,
         TRACE_DUMP(3, *drun);
         xdata = xxp->child;
         xydatatohead((*drun)->child, 0);
+        searchemptyloopquiet(&(*drun)->child);
         drun = &(*drun)->next;
     }
     TRACE_DUMP(3, docs);

@@ -9,7 +9,7 @@
 // children are not walked.
 #include <string.h>
 
-#include "loopnumbers.h"
+#include "readstages.h"
 
 namespace ediprot {
 

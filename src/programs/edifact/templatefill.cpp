@@ -36,6 +36,15 @@ const char *tagornone(const datatree_t *tp, const char *none)
     return tp != nullptr ? tp->xmltag : none;
 }
 
+// ediforce read as the int it is stored as: the host may put any value
+// there, and only ef_mand counts.
+bool ismandatory(const datatree_t *tp)
+{
+    int force;
+    memcpy(&force, &tp->ediforce, sizeof force);
+    return force == ef_mand;
+}
+
 }  // namespace
 
 // Fills the template chain `out` from xdata on.  Returns -1 when a
@@ -61,7 +70,7 @@ int xydatatohead(datatree_t *out, int lvl)
                     TRACE(2, "skip no next outtag, parent <%s>, match %d\n",
                           tagornone(tp->parent, "no parent"), match);
                 }
-            } else if (tp->ediforce == ef_mand) {
+            } else if (ismandatory(tp)) {
                 fprintf(stderr, "mandatory tag <%s> not found\n", tp->xmltag);
                 return -1;
             }
