@@ -234,12 +234,20 @@ EDIPROT_API int edifactwrite(datatree_t *tree, char *outfile, char *enc,
  *   sc      not read.
  *
  * Result: a new tree owned by the caller (release with freedatatree), or
- * NULL when the configuration has no S511 record or the file cannot be
- * opened.  Lines of unknown record type are skipped.
+ * NULL when the configuration has no S511 record, fn is NULL or the file
+ * cannot be opened.  Lines of unknown record type are skipped.  A line
+ * ends at its LF (a CR before it comes off too); a field that lies behind
+ * the end of its line gets the empty value.
  *
- * Messages on stderr: "S511 missing in vdaconf\n", perror(fn),
- * "insrecord: no path\n" for a record that has no place in the tree (the
- * record is released and reading goes on), and the dumps of printdata.
+ * Records are placed by the path of their configuration node.  A record
+ * that finds no place is released and reading goes on, with one of:
+ *   "insrecord: no path\n"       a record of that type already stands
+ *                                there, or the path ends in no tag node
+ *   "insrecord: path element longer than 63 characters in <%s>\n"
+ *   "insrecord: more than 10 loops in path <%s>\n"
+ * Other messages on stderr: "S511 missing in vdaconf\n", "vdaread: no
+ * file name\n", perror(fn), and the dumps of printdata (which our host
+ * layer writes only when tracelevel is not 0).
  */
 EDIPROT_API datatree_t *vdaread(char *fn, envelope_t **evpp,
                                 datatree_t *inhead, servconf_t *sc);
@@ -253,9 +261,13 @@ EDIPROT_API datatree_t *vdaread(char *fn, envelope_t **evpp,
  * stays.
  *
  * Result: 0 when the file was written whole; -1 when it could not be
- * opened or written, and then no file of that name exists.
- * Messages on stderr: perror(outfile) and "vdawrite error\n";
- * "%s: write failed\n" on a failed write; "dnode: %s\n" per record.
+ * opened, or a write, the flush or the close failed (e.g. a full disk),
+ * and then no file of that name exists; -1 also for a NULL outfile.
+ * Messages on stderr: perror(outfile) and "vdawrite error\n" when it
+ * cannot be opened; "%s: write failed\n" with outfile, then
+ * "vdawrite error\n", on a failed write; "dnode: %s\n" per record
+ * written; "%s (%d): mandatory element <%s> missing\n" per missing
+ * mandatory field.
  */
 EDIPROT_API int vdawrite(datatree_t *tree, char *outfile, char *enc,
                          char *ev, datatree_t *outcf, char *sender,
