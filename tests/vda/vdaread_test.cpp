@@ -136,6 +136,16 @@ TEST(Vdaread, FileThatCannotBeOpenedGivesNullAndTheSystemsReason)
     freedatatree(cf);
 }
 
+TEST(Vdaread, NullFileNameGivesNull)
+{
+    datatree_t *cf = smallconfig();
+    datatree_t *tree = cf;
+    std::string err = capture_stderr([&] { tree = vdaread(nullptr, nullptr, cf, nullptr); });
+    EXPECT_EQ(tree, nullptr);
+    EXPECT_EQ(err, "vdaread: no file name\n");
+    freedatatree(cf);
+}
+
 TEST(Vdaread, TracesEachLineWithItsNumberAndLength)
 {
     TraceLevel tl(0x20000000u);
