@@ -8,6 +8,10 @@
  * printdata, readconfig, getservconf, tmpfopen and tracelevel in it.
  * Out of memory in any service writes "edihost: out of memory" and aborts:
  * the module uses their results without a test.
+ *
+ * printdata writes the tree text of its tree only while the top four bits
+ * of tracelevel are set ("(null)" for a NULL tree), and nothing otherwise.
+ * readconfig is edihost_readtree.  Details: docs/host-layer.md.
  */
 #ifndef EDIHOST_H
 #define EDIHOST_H
@@ -21,27 +25,37 @@ extern "C" {
 #endif
 
 /* Writes `tree` (the node, everything below it and behind it in its
- * chain) in the tree text format to `fp`.  Returns 0, or -1 when a write
- * failed. */
+ * chain) in the tree text format to `fp` (docs/tree-format.md): one line
+ * per node, two blanks of indentation per level, the name and then every
+ * field that is not 0 / NULL.  Works without recursion at any depth or
+ * length.  The stream is flushed.  Returns 0, or -1 when a write failed.
+ * A NULL tree writes nothing. */
 int edihost_writetree(FILE *fp, const datatree_t *tree);
 
-/* Reads a tree text file.  Every node gets `line` and `file` of its
- * definition and its parent link.  On a malformed or unreadable file
- * writes "FILE:LINE: reason" to stderr and returns NULL (no partial
- * tree).  Release the result with freedatatree. */
+/* Reads a tree text file.  Every node gets `line` and `file` (a private
+ * copy of `fn`) of its definition and its parent link; top-level nodes
+ * form a chain.  On a malformed text writes one line "FILE:LINE: reason"
+ * to stderr, on an unreadable file "FILE: <system reason>", and returns
+ * NULL with nothing left allocated.  Release the result with
+ * freedatatree. */
 datatree_t *edihost_readtree(const char *fn);
 
-/* Parses a tree text held in memory; `name` stands in the messages and in
- * the `file` field of the nodes.  Same result as edihost_readtree. */
+/* Parses a tree text of `len` bytes held in memory; `name` stands in the
+ * messages and in the `file` field of the nodes.  Same result as
+ * edihost_readtree. */
 datatree_t *edihost_parsetree(const char *text, size_t len, const char *name);
 
-/* Loads a service-configuration file and adds its entries to the list
- * that getservconf searches.  Relative configuration paths in it are taken
- * relative to the folder of `fn`.  Returns 0, or -1 with "FILE:LINE:
- * reason" (or the perror line) on stderr and the list left unchanged. */
+/* Loads a service-configuration file (one entry per line: KEY then
+ * fromconffile=, toconffile=, transconffile=, postaction=, onedokpost=,
+ * commitall=) and appends its entries to the list that getservconf
+ * searches (exact key comparison).  Relative configuration paths are
+ * taken relative to the folder of `fn`.  A key that is already in the
+ * file or in the list is an error.  Returns 0, or -1 with "FILE:LINE:
+ * reason" (or "FILE: <system reason>") on stderr and the list unchanged. */
 int edihost_loadservconf(const char *fn);
 
-/* Empties the list that getservconf searches. */
+/* Empties the list that getservconf searches and frees its entries; any
+ * entry that getservconf returned before is gone.  Also run at exit. */
 void edihost_clearservconf(void);
 
 /* Aborts with "edihost: out of memory". */

@@ -159,7 +159,7 @@ bool textlines::next(const char *&lb, const char *&le)
     const char *nl = static_cast<const char *>(memchr(cp, '\n', static_cast<size_t>(end - cp)));
     le = nl != nullptr ? nl : end;
     cp = nl != nullptr ? nl + 1 : end;
-    if (nl != nullptr && le > lb && le[-1] == '\r')
+    if (le > lb && le[-1] == '\r')
         le--;
     lineno++;
     return true;

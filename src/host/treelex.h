@@ -14,8 +14,8 @@ namespace edihost {
 // a leading '#' would make a comment.
 void appendtoken(std::string &out, const char *s, bool isname);
 
-// Splits a text into lines at '\n'; a '\r' just before the '\n' belongs to
-// the line end.  A last line without '\n' counts.
+// Splits a text into lines at '\n'; a '\r' at the end of a line belongs to
+// the line end (files saved with CR LF).  A last line without '\n' counts.
 struct textlines {
     const char *cp;
     const char *end;

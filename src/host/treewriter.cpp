@@ -86,6 +86,8 @@ extern "C" {
 
 int edihost_writetree(FILE *fp, const datatree_t *tree)
 {
+    if (fp == nullptr)
+        return -1;
     try {
         return edihost::writetree(fp, tree);
     } catch (const std::bad_alloc &) {
