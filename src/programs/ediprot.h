@@ -209,17 +209,22 @@ EDIPROT_API datatree_t *edifactread(char *fn, envelope_t **evpp,
  *   recipient  35 characters are cut to 35 in place.
  *   editest    non-zero: UNB carries the test indicator.
  *
- * Writes "UNA:+.? '", UNB, the segments of outcf with values from tree,
- * and "UNZ+000001+4711'".  Resets seg_sep, dst_sep, cmp_sep, escape to
- * their defaults.
+ * Writes "UNA:+.? '", UNB (local date YYMMDD and time HHMM, reference
+ * 4711), the segments of outcf with values from tree, and
+ * "UNZ+000001+4711'"; the file ends exactly at that terminator.  Resets
+ * nunhcnt, errcnt and seg_sep, dst_sep, cmp_sep, escape (to their
+ * defaults; float_sep is left alone).  Not re-entrant.
  *
  * Result: 0 when the file was written whole and kept; -1 otherwise, and
- * then no file of that name exists.
+ * then no file of that name exists (a file from before is removed too;
+ * with a NULL outfile nothing is touched).
  *
- * Messages on stderr: "sender or recipient missing\n", perror(outfile),
+ * Messages on stderr: "output file name missing\n" (outfile NULL),
+ * "sender or recipient missing\n", perror(outfile),
  * "%s (%d): mandatory element <%s> missing\n" for each missing mandatory
  * element followed by "editraverse failed, rc %d\n", and
- * "%s: write failed\n" when the output could not be written whole.
+ * "%s: write failed\n" with outfile when a write, the flush, the cut at
+ * the end or the close failed (e.g. a full disk).
  */
 EDIPROT_API int edifactwrite(datatree_t *tree, char *outfile, char *enc,
                              char *ev, datatree_t *outcf, char *sender,

@@ -7,6 +7,7 @@
 // Limits: the result has at most kTextMax - 1 characters; a value longer
 // than that after the character stage is cut there.  A cut never leaves a
 // release character without the character it releases (see cutlen).
+#include <stdio.h>
 #include <stdlib.h>
 #include <string.h>
 
@@ -74,6 +75,11 @@ char *edinodeconvert(datatree_t *ep, char *udata)
         data = static_cast<char *>(calloc(2 * n + 1, 1));
         // released[k] marks data[k] as a release character put in here.
         released = static_cast<unsigned char *>(calloc(2 * n + 1, 1));
+        if (data == nullptr || released == nullptr) {
+            // The result has no error value; nothing sensible can follow.
+            fputs("ediprot: out of memory\n", stderr);
+            abort();
+        }
 
         size_t k = 0;
         for (const unsigned char *cp = reinterpret_cast<unsigned char *>(udata);
