@@ -1,0 +1,16 @@
+// Runs the edi program as a user would and collects what it did.
+#ifndef EDIPROT_RUNPROGRAM_H
+#define EDIPROT_RUNPROGRAM_H
+
+#include <string>
+#include <vector>
+
+struct RunResult {
+    int status = -1;      // exit status, or -1 when killed by a signal
+    int signal = 0;       // the signal that ended it, 0 if none
+    std::string out, err;
+};
+
+RunResult runedi(const std::vector<std::string> &args);
+
+#endif
