@@ -118,6 +118,17 @@ bool exists(const std::string &path)
     return stat(path.c_str(), &st) == 0;
 }
 
+std::string messagesegments(const std::string &text)
+{
+    size_t unb = text.find("UNB+");
+    size_t start = text.find('\'', unb);
+    size_t unz = text.rfind("UNZ+");
+    if (unb == std::string::npos || start == std::string::npos || unz == std::string::npos ||
+        unz < start)
+        return "<no interchange>";
+    return text.substr(start + 1, unz - start - 1);
+}
+
 std::string capture_stderr(const std::function<void()> &fn)
 {
     fflush(stderr);

@@ -34,6 +34,11 @@ std::string writefile(const std::string &path, const std::string &bytes);
 std::string readfile(const std::string &path);
 bool exists(const std::string &path);
 
+// The message segments of an EDIFACT interchange with the default
+// terminator: the text between the end of UNB and the start of UNZ, or
+// "<no interchange>" when the text has no UNB or UNZ.
+std::string messagesegments(const std::string &text);
+
 // Runs fn and returns what it wrote to stderr.
 std::string capture_stderr(const std::function<void()> &fn);
 
