@@ -2,10 +2,13 @@
 
 #include <stdio.h>
 #include <stdlib.h>
+#include <string.h>
 
+#include <memory>
 #include <vector>
 
 #include "edihost.h"
+#include "joinlines.h"
 #include "jsontree.h"
 #include "output.h"
 
@@ -46,6 +49,26 @@ std::vector<char> writable(const std::string &s)
     return std::vector<char>(s.c_str(), s.c_str() + s.size() + 1);
 }
 
+// The module writes the trailer of a VDA file itself, counting the records
+// it wrote; a trailer record read from the file stands under the root and
+// would be written as one more record before it.  So it is left out.
+void droptrailers(datatree_t *tree)
+{
+    for (datatree_t *root = tree; root != nullptr; root = root->next) {
+        datatree_t **tpp = &root->child;
+        while (*tpp != nullptr) {
+            datatree_t *tp = *tpp;
+            if (tp->xmltag != nullptr && strcmp(tp->xmltag, "$S519") == 0) {
+                *tpp = tp->next;
+                tp->next = nullptr;
+                freedatatree(tp);
+            } else {
+                tpp = &tp->next;
+            }
+        }
+    }
+}
+
 }  // namespace
 
 Exit readcommand(const Module &mod, const Options &opt)
@@ -74,7 +97,15 @@ Exit readcommand(const Module &mod, const Options &opt)
 
     Exit status = exit_ok;
     for (const std::string &input : opt.inputs) {
-        std::vector<char> fn = writable(input);
+        std::unique_ptr<JoinedCopy> joined;
+        if (opt.joinlines) {
+            joined = std::make_unique<JoinedCopy>(input);
+            if (joined->path().empty()) {
+                status = exit_failed;
+                continue;
+            }
+        }
+        std::vector<char> fn = writable(joined ? joined->path() : input);
         envelope_t *ev = nullptr;
         datatree_t *tree = vda ? mod.vdaread(fn.data(), &ev, config, nullptr)
                                : mod.edifactread(fn.data(), &ev, config, nullptr);
@@ -111,11 +142,13 @@ Exit writecommand(const Module &mod, const Options &opt)
         freedatatree(config);
         return exit_failed;
     }
+    bool vda = opt.command == "vda-write";
+    if (vda)
+        droptrailers(tree);
     std::vector<char> out = writable(opt.output);
     std::vector<char> sender = writable(opt.sender);
     std::vector<char> recipient = writable(opt.recipient);
-    int rc = opt.command == "vda-write"
-                 ? mod.vdawrite(tree, out.data(), nullptr, nullptr, config, sender.data(),
+    int rc = vda ? mod.vdawrite(tree, out.data(), nullptr, nullptr, config, sender.data(),
                                 recipient.data(), opt.test)
                  : mod.edifactwrite(tree, out.data(), nullptr, nullptr, config, sender.data(),
                                     recipient.data(), opt.test);

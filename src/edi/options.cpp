@@ -32,14 +32,16 @@ const CommandHelp helps[] = {
          "exit status: 0 success, 1 the conversion failed, 2 usage error.\n"
          "'edi COMMAND --help' describes a command.\n"},
     {"read", "usage: edi read INPUT... [--servconf FILE | --config FILE]\n"
-             "                [--format tree|json] [-o OUT]\n"
+             "                [--format tree|json] [--join-lines] [-o OUT]\n"
              "\n"
              "Reads each EDIFACT interchange into a tree.  The configuration is\n"
              "chosen by the file's document type and sender from the service\n"
              "configurations of --servconf, or given directly with --config.\n"
              "The key doctype_sender is reported on stderr (tree format) or in\n"
              "the \"key\" field (json).  With several INPUT files and -o, OUT is a\n"
-             "folder that receives one result per input.\n"},
+             "folder that receives one result per input.  --join-lines reads a\n"
+             "copy of each INPUT without its CR and LF bytes, for interchanges\n"
+             "written one segment a line (messages then name the copy).\n"},
     {"write", "usage: edi write TREE --config FILE --sender ID --recipient ID\n"
               "                 [--test] -o OUT\n"
               "\n"
@@ -119,6 +121,8 @@ bool parseoptions(int argc, char **argv, Options &opt)
             opt.trace = static_cast<int>(v);
         } else if (a == "--test") {
             opt.test = true;
+        } else if (a == "--join-lines") {
+            opt.joinlines = true;
         } else if (a == "--help" || a == "-h") {
             opt.help = true;
         } else if (a == "--version") {
@@ -158,6 +162,8 @@ bool parseoptions(int argc, char **argv, Options &opt)
         return usage("%s needs --sender and --recipient", "write");
     if (opt.command == "vda-read" && opt.config.empty())
         return usage("%s needs --config FILE", "vda-read");
+    if (opt.joinlines && opt.command != "read")
+        return usage("%s--join-lines is an option of read only", "");
     if (opt.command == "read" && !opt.config.empty() && !opt.servconf.empty())
         return usage("%sgive either --servconf or --config, not both", "");
     return true;

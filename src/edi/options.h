@@ -20,6 +20,7 @@ struct Options {
     std::string sender, recipient;    // --sender, --recipient
     bool havesender = false, haverecipient = false;
     bool test = false;                // --test
+    bool joinlines = false;           // --join-lines
     int trace = -1;                   // --trace LEVEL, -1 if not given
     bool help = false, version = false;
 };

@@ -9,7 +9,7 @@
 
 extern char **environ;
 
-RunResult runedi(const std::vector<std::string> &args)
+RunResult runedi(const std::vector<std::string> &args, const std::vector<std::string> &env)
 {
     std::string dir = testsupport::tempdir();
     std::string outpath = dir + "/stdout", errpath = dir + "/stderr";
@@ -25,9 +25,16 @@ RunResult runedi(const std::vector<std::string> &args)
     for (std::string &a : copies)
         argv.push_back(a.data());
     argv.push_back(nullptr);
+    std::vector<std::string> envcopies = env;
+    std::vector<char *> envp;
+    for (std::string &e : envcopies)
+        envp.push_back(e.data());
+    for (char **e = environ; *e != nullptr; e++)
+        envp.push_back(*e);
+    envp.push_back(nullptr);
     pid_t pid = 0;
     RunResult r;
-    if (posix_spawn(&pid, prog.c_str(), &fa, nullptr, argv.data(), environ) != 0) {
+    if (posix_spawn(&pid, prog.c_str(), &fa, nullptr, argv.data(), envp.data()) != 0) {
         posix_spawn_file_actions_destroy(&fa);
         return r;
     }

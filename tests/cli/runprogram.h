@@ -11,6 +11,8 @@ struct RunResult {
     std::string out, err;
 };
 
-RunResult runedi(const std::vector<std::string> &args);
+// Runs edi with `args`; `env` entries (NAME=VALUE) come before, and so
+// take the place of, those of the test's own environment.
+RunResult runedi(const std::vector<std::string> &args, const std::vector<std::string> &env = {});
 
 #endif

@@ -39,6 +39,8 @@ TEST(EdiUsage, UsageErrorsExitWithTwoAndOneLine)
         {{"write", "t", "--config", "c", "-o", "o"}, "edi: write needs --sender and --recipient\n"},
         {{"vda-write", "t", "-o", "o"}, "edi: vda-write needs --config FILE\n"},
         {{"vda-read", "x"}, "edi: vda-read needs --config FILE\n"},
+        {{"vda-read", "x", "--config", "c", "--join-lines"},
+         "edi: --join-lines is an option of read only\n"},
         {{"read", "x", "--config", "c", "--servconf", "s"},
          "edi: give either --servconf or --config, not both\n"},
     };
