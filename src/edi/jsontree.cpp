@@ -7,6 +7,8 @@
 #include <nlohmann/json.hpp>
 #include <stdexcept>
 
+#include "treefields.h"
+
 namespace edi {
 
 using json = nlohmann::ordered_json;
@@ -15,20 +17,6 @@ namespace {
 
 // Deeper documents are refused: the conversion recurses once per level.
 constexpr int kMaxDepth = 10000;
-
-const char *const editypes[] = {"none", "string", "float", "date", "sdate", "float0", "time"};
-const char *const edidatas[] = {"user", "opt"};
-const char *const ediforces[] = {"none", "mand", "cond"};
-const char *const edialigns[] = {"none", "left", "right"};
-const char *const nodetypes[] = {"none", "loop", "next", "bnext", "nc", "ncforeign"};
-
-template <size_t N>
-json enumword(const char *const (&words)[N], int value)
-{
-    if (value >= 0 && static_cast<size_t>(value) < N)
-        return words[value];
-    return value;  // a value outside the enumeration stays a number
-}
 
 // Each byte becomes the character of the same number.
 std::string bytestoutf8(const char *s)
@@ -51,32 +39,29 @@ json nodetojson(const datatree_t *tp, int depth)
         throw std::runtime_error("tree deeper than 10000 levels");
     json j;
     j["name"] = bytestoutf8(tp->xmltag);
-    if (tp->data != nullptr)
-        j["data"] = bytestoutf8(tp->data);
-    if (tp->loopcnt != 0)
-        j["loopcnt"] = tp->loopcnt;
-    if (tp->defval != nullptr)
-        j["defval"] = bytestoutf8(tp->defval);
-    if (tp->deffunc != nullptr)
-        j["deffunc"] = bytestoutf8(tp->deffunc);
-    if (tp->iseditag != 0)
-        j["iseditag"] = tp->iseditag;
-    if (tp->type != nt_none)
-        j["type"] = enumword(nodetypes, tp->type);
-    if (tp->edidata != ed_user)
-        j["edidata"] = enumword(edidatas, tp->edidata);
-    if (tp->edilen != 0)
-        j["edilen"] = tp->edilen;
-    if (tp->edimaxlen != 0)
-        j["edimaxlen"] = tp->edimaxlen;
-    if (tp->editype != et_none)
-        j["editype"] = enumword(editypes, tp->editype);
-    if (tp->ediforce != ef_none)
-        j["ediforce"] = enumword(ediforces, tp->ediforce);
-    if (tp->edialign != el_none)
-        j["edialign"] = enumword(edialigns, tp->edialign);
-    if (tp->valid != 0)
-        j["valid"] = tp->valid;
+    // The fields in the order and with the words of the tree text format;
+    // only those that are set.
+    for (size_t f = 0; f < edihost::ntreefields; f++) {
+        const edihost::treefield &fd = edihost::treefields[f];
+        if (fd.kind == edihost::fieldkind::text) {
+            if (const char *text = edihost::gettext(tp, fd))
+                j[fd.key] = bytestoutf8(text);
+            continue;
+        }
+        int value = edihost::getnumber(tp, fd);
+        if (value == 0)
+            continue;
+        if (fd.kind == edihost::fieldkind::word) {
+            int n = 0;
+            while (fd.words[n] != nullptr)
+                n++;
+            if (value > 0 && value < n) {  // else it stays a number
+                j[fd.key] = fd.words[value];
+                continue;
+            }
+        }
+        j[fd.key] = value;
+    }
     if (tp->child != nullptr) {
         json kids = json::array();
         for (const datatree_t *cp = tp->child; cp != nullptr; cp = cp->next)
@@ -127,17 +112,16 @@ int intfield(const json &j, const char *field)
     return static_cast<int>(v);
 }
 
-template <size_t N>
-int enumfield(const char *const (&words)[N], const json &j, const char *field)
+int wordfield(const edihost::treefield &fd, const json &j)
 {
     if (j.is_number_integer())
-        return intfield(j, field);
+        return intfield(j, fd.key);
     if (j.is_string()) {
-        for (size_t i = 0; i < N; i++)
-            if (j.get_ref<const std::string &>() == words[i])
-                return static_cast<int>(i);
+        int value = edihost::findword(fd, j.get_ref<const std::string &>().c_str());
+        if (value >= 0)
+            return value;
     }
-    throw Error(std::string("bad value of \"") + field + "\"");
+    throw Error(std::string("bad value of \"") + fd.key + "\"");
 }
 
 datatree_t *jsontonode(const json &j, int depth);
@@ -177,36 +161,19 @@ datatree_t *jsontonode(const json &j, int depth)
             if (key == "name") {
                 tp->xmltag = utf8tobytes(v, "name");
                 named = true;
-            } else if (key == "data") {
-                tp->data = utf8tobytes(v, "data");
-            } else if (key == "defval") {
-                tp->defval = utf8tobytes(v, "defval");
-            } else if (key == "deffunc") {
-                tp->deffunc = utf8tobytes(v, "deffunc");
-            } else if (key == "loopcnt") {
-                tp->loopcnt = intfield(v, "loopcnt");
-            } else if (key == "iseditag") {
-                tp->iseditag = intfield(v, "iseditag");
-            } else if (key == "edilen") {
-                tp->edilen = intfield(v, "edilen");
-            } else if (key == "edimaxlen") {
-                tp->edimaxlen = intfield(v, "edimaxlen");
-            } else if (key == "valid") {
-                tp->valid = intfield(v, "valid");
-            } else if (key == "type") {
-                tp->type = static_cast<nodetype_t>(enumfield(nodetypes, v, "type"));
-            } else if (key == "edidata") {
-                tp->edidata = static_cast<edidata_t>(enumfield(edidatas, v, "edidata"));
-            } else if (key == "editype") {
-                tp->editype = static_cast<editype_t>(enumfield(editypes, v, "editype"));
-            } else if (key == "ediforce") {
-                tp->ediforce = static_cast<ediforce_t>(enumfield(ediforces, v, "ediforce"));
-            } else if (key == "edialign") {
-                tp->edialign = static_cast<edialign_t>(enumfield(edialigns, v, "edialign"));
             } else if (key == "children") {
                 if (!v.is_array())
                     throw Error("\"children\" is not an array");
                 tp->child = jsontochain(v, depth + 1);
+            } else if (const edihost::treefield *fd = edihost::findfield(key.data(), key.size())) {
+                if (fd->kind == edihost::fieldkind::text) {
+                    free(edihost::gettext(tp, *fd));  // a key given twice: the last holds
+                    edihost::settext(tp, *fd, utf8tobytes(v, fd->key));
+                } else {
+                    edihost::setnumber(tp, *fd, fd->kind == edihost::fieldkind::word
+                                                    ? wordfield(*fd, v)
+                                                    : intfield(v, fd->key));
+                }
             } else {
                 throw Error("unknown field \"" + key + "\"");
             }

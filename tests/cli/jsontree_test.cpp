@@ -1,0 +1,122 @@
+// The JSON form of a tree: every field, every byte, NULL apart from empty,
+// chains of roots, and what the import refuses.
+#include <gtest/gtest.h>
+
+#include <stdlib.h>
+
+#include <string>
+
+#include "jsontree.h"
+#include "testsupport.h"
+
+using namespace testsupport;
+
+namespace {
+
+// Exported and imported again, the tree gives the same tree text.
+std::string throughjson(const std::string &treetext)
+{
+    datatree_t *tree = parse(treetext);
+    if (tree == nullptr)
+        return "<no tree>";
+    std::string json = edi::treetojson(tree, "KEY");
+    freedatatree(tree);
+    datatree_t *back = edi::jsontotree(json, "test.json");
+    if (back == nullptr)
+        return "<not imported>";
+    std::string text = dump(back);
+    freedatatree(back);
+    return text;
+}
+
+TEST(JsonTree, EveryFieldAndEveryEnumerationWordSurvives)
+{
+    const std::string text =
+        "edi loopcnt=3 data=\"\" defval=D deffunc=unhcnt iseditag=1 type=bnext edidata=opt "
+        "edilen=5 edimaxlen=7 editype=float0 ediforce=mand edialign=right valid=-2\n"
+        "  a type=loop editype=sdate ediforce=cond edialign=left\n"
+        "  b type=next editype=date\n"
+        "  c type=nc editype=time\n"
+        "  d type=ncforeign editype=float\n"
+        "  e editype=string loopcnt=-2147483648 valid=2147483647\n";
+    datatree_t *tree = parse(text);
+    ASSERT_NE(tree, nullptr);
+    EXPECT_EQ(throughjson(text), dump(tree));
+    freedatatree(tree);
+}
+
+TEST(JsonTree, EveryByteOfNamesAndValuesSurvivesAndNullStaysApartFromEmpty)
+{
+    std::string bytes;
+    for (int c = 1; c < 256; c++)
+        bytes += static_cast<char>(c);
+    datatree_t *tree = parse("edi\n  empty data=\"\"\n  null\n");
+    free(tree->xmltag);
+    tree->xmltag = strdup(bytes.c_str());
+    tree->data = strdup(bytes.c_str());
+    std::string json = edi::treetojson(tree, nullptr);
+    EXPECT_EQ(json.find("\"key\""), std::string::npos);
+    datatree_t *back = edi::jsontotree(json, "test.json");
+    ASSERT_NE(back, nullptr);
+    EXPECT_EQ(std::string(back->xmltag), bytes);
+    EXPECT_EQ(std::string(back->data), bytes);
+    ASSERT_NE(back->child, nullptr);
+    ASSERT_NE(back->child->data, nullptr);
+    EXPECT_STREQ(back->child->data, "");
+    EXPECT_EQ(back->child->next->data, nullptr);
+    EXPECT_EQ(back->child->parent, back);
+    freedatatree(tree);
+    freedatatree(back);
+}
+
+TEST(JsonTree, AChainOfRootsIsAnArrayAndComesBackAsAChain)
+{
+    const std::string text = "first\n  kid data=1\nsecond\nthird\n";
+    EXPECT_EQ(throughjson(text), text);
+}
+
+TEST(JsonTree, ImportRefusesWhatIsNoTreeWithOneMessageNamingTheFile)
+{
+    const struct {
+        const char *json, *message;
+    } cases[] = {
+        {"{\"name\": ", "t.json: not a valid JSON document\n"},
+        {"{\"format\": \"other\", \"tree\": {}}", "t.json: not an ediprot tree document\n"},
+        {"{\"format\": \"ediprot-tree\"}", "t.json: document has no \"tree\"\n"},
+        {"{\"format\": \"ediprot-tree\", \"tree\": null}", "t.json: document holds no tree\n"},
+        {"[]", "t.json: document holds no tree\n"},
+        {"{\"data\": \"x\"}", "t.json: a node has no \"name\"\n"},
+        {"{\"name\": \"a\", \"colour\": 1}", "t.json: unknown field \"colour\"\n"},
+        {"{\"name\": 7}", "t.json: \"name\" is not a string\n"},
+        {"{\"name\": \"a\", \"loopcnt\": \"1\"}", "t.json: \"loopcnt\" is not an integer\n"},
+        {"{\"name\": \"a\", \"edilen\": 4294967296}", "t.json: \"edilen\" out of range\n"},
+        {"{\"name\": \"a\", \"editype\": \"money\"}", "t.json: bad value of \"editype\"\n"},
+        {"{\"name\": \"a\", \"children\": {}}", "t.json: \"children\" is not an array\n"},
+        {"{\"name\": \"a\", \"children\": [1]}", "t.json: a node is not an object\n"},
+        {"{\"name\": \"a\\u0000b\"}", "t.json: \"name\" holds a NUL character\n"},
+        {"{\"name\": \"a\", \"data\": \"\\u0100\"}",
+         "t.json: \"data\" holds a character above U+00FF\n"},
+    };
+    for (const auto &c : cases) {
+        datatree_t *tree = reinterpret_cast<datatree_t *>(1);
+        std::string err = capture_stderr([&] { tree = edi::jsontotree(c.json, "t.json"); });
+        EXPECT_EQ(tree, nullptr) << c.json;
+        EXPECT_EQ(err, c.message) << c.json;
+    }
+}
+
+TEST(JsonTree, ANodeFailingDeepInsideFreesWhatWasBuilt)
+{
+    // The sanitizer build finds a leak if the nodes before the bad one stay.
+    std::string json = "{\"name\": \"r\", \"children\": [";
+    for (int i = 0; i < 100; i++)
+        json += "{\"name\": \"n\", \"data\": \"v\", \"children\": [{\"name\": \"k\"}]},";
+    json += "{\"name\": \"bad\", \"type\": \"nowhere\"}]}";
+    std::string err;
+    datatree_t *tree = nullptr;
+    err = capture_stderr([&] { tree = edi::jsontotree(json, "t.json"); });
+    EXPECT_EQ(tree, nullptr);
+    EXPECT_EQ(err, "t.json: bad value of \"type\"\n");
+}
+
+}  // namespace
