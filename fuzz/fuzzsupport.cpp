@@ -1,9 +1,7 @@
 #include "fuzzsupport.h"
 
-#include <fcntl.h>
 #include <stdio.h>
 #include <stdlib.h>
-#include <string.h>
 #include <unistd.h>
 
 #include <map>
@@ -22,36 +20,68 @@ std::string privatename(const char *suffix)
            std::to_string(getpid()) + suffix;
 }
 
+std::string &inname()
+{
+    static std::string name = privatename(".in");
+    return name;
+}
+
+std::string &outfile()
+{
+    static std::string name = privatename(".out");
+    return name;
+}
+
 }  // namespace
 
 char *asfile(const uint8_t *data, size_t size)
 {
-    static std::string name = privatename(".in");
+    std::string &name = inname();
     FILE *fp = fopen(name.c_str(), "wb");
-    if (fp == nullptr)
-        abort();
-    if (size > 0 && fwrite(data, 1, size, fp) != size)
-        abort();
+    expect(fp != nullptr, "cannot create the input file in the temporary folder");
+    expect(size == 0 || fwrite(data, 1, size, fp) == size, "cannot write the input file");
     fclose(fp);
     return name.data();
 }
 
 char *outname()
 {
-    static std::string name = privatename(".out");
-    return name.data();
+    return outfile().data();
 }
+
+void removefiles()
+{
+    unlink(inname().c_str());
+    unlink(outfile().c_str());
+}
+
+namespace {
+
+// The configurations read so far; freed when the process ends, so that the
+// leak check at exit sees nothing of them.
+struct configcache {
+    std::map<std::string, datatree_t *> trees;
+    ~configcache()
+    {
+        for (auto &entry : trees)
+            freedatatree(entry.second);
+        edihost_clearservconf();
+    }
+};
+
+configcache cache;
+
+}  // namespace
 
 datatree_t *config(const char *name)
 {
-    static std::map<std::string, datatree_t *> loaded;
+    std::map<std::string, datatree_t *> &loaded = cache.trees;
     auto it = loaded.find(name);
     if (it != loaded.end())
         return it->second;
     std::string path = std::string(EDIPROT_CONFIGS) + "/" + name;
     datatree_t *tree = edihost_readtree(path.c_str());
-    if (tree == nullptr)
-        abort();
+    expect(tree != nullptr, "a bundled configuration does not read");
     loaded[name] = tree;
     return tree;
 }
@@ -61,23 +91,43 @@ void loadservconf()
     static bool done = false;
     if (!done) {
         std::string path = std::string(EDIPROT_CONFIGS) + "/servconf.conf";
-        if (edihost_loadservconf(path.c_str()) != 0)
-            abort();
+        expect(edihost_loadservconf(path.c_str()) == 0, "configs/servconf.conf does not load");
         done = true;
     }
 }
 
-void quiet()
+bool readwhole(const char *fn, char **buf, size_t *len)
 {
-    static bool done = false;
-    if (!done && getenv("EDIPROT_FUZZ_VERBOSE") == nullptr) {
-        int fd = open("/dev/null", O_WRONLY);
-        if (fd >= 0) {
-            dup2(fd, 2);
-            close(fd);
-        }
+    FILE *fp = fopen(fn, "rb");
+    if (fp == nullptr)
+        return false;
+    char *text = nullptr;
+    size_t size = 0;
+    char chunk[4096];
+    size_t n;
+    while ((n = fread(chunk, 1, sizeof chunk, fp)) > 0) {
+        text = static_cast<char *>(realloc(text, size + n + 1));
+        expect(text != nullptr, "out of memory");
+        for (size_t i = 0; i < n; i++)
+            text[size + i] = chunk[i];
+        size += n;
     }
-    done = true;
+    fclose(fp);
+    if (text == nullptr)
+        text = static_cast<char *>(calloc(1, 1));
+    text[size] = '\0';
+    *buf = text;
+    *len = size;
+    return true;
+}
+
+void expect(bool ok, const char *what)
+{
+    if (ok)
+        return;
+    fprintf(stderr, "fuzz entry: %s\n", what);
+    fflush(stderr);
+    abort();
 }
 
 }  // namespace fuzzsupport

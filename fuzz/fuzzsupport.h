@@ -1,5 +1,6 @@
-// Shared pieces of the fuzz targets: the input as a file, and the bundled
-// configurations loaded once per process.
+// Shared pieces of the fuzz entries: the input as a file, the bundled
+// configurations loaded once per process, and the check that stops a run
+// when an entry point breaks its promise.
 #ifndef EDIPROT_FUZZSUPPORT_H
 #define EDIPROT_FUZZSUPPORT_H
 
@@ -10,17 +11,23 @@
 
 namespace fuzzsupport {
 
-// Writes the input to a private temporary file (the same one on every
-// call of this process) and returns its name.
+// Writes the input to a private file in the temporary folder ($TMPDIR or
+// /tmp; the same name on every call of this process) and returns its name.
 char *asfile(const uint8_t *data, size_t size);
-// A private name for output files of this process.
+// A private name in the temporary folder for output files of this process.
 char *outname();
-// A bundled configuration file of configs/, read once and kept.
+// Removes the files of asfile and outname, if present.
+void removefiles();
+// A bundled configuration file of configs/, read once and kept for the
+// life of the process.
 datatree_t *config(const char *name);
 // Loads configs/servconf.conf once.
 void loadservconf();
-// Quiet stderr: the module's messages are expected and only slow a run.
-void quiet();
+// Reads a whole file; false when it cannot be opened.
+bool readwhole(const char *fn, char **buf, size_t *len);
+// Stops the process with `what` on stderr unless `ok`: an entry point did
+// something its interface rules out.
+void expect(bool ok, const char *what);
 
 }  // namespace fuzzsupport
 

@@ -1,46 +1,77 @@
 #!/usr/bin/env bash
-# Builds the fuzz targets with clang and runs each for a fixed time.
-#   scripts/fuzz.sh [SECONDS]      (default 45 seconds a target)
-# Seeds come from the test data and the shared corpus; findings are saved
-# under build/fuzz/findings/ and make the script fail.
+# Builds the fuzz targets with clang (libFuzzer, ASan, UBSan) and runs each
+# for a fixed time.
+#   scripts/fuzz.sh [SECONDS] [TARGET...]   (default 45 seconds, all targets)
+# Seeds: the test data, the shared corpus, fuzz/seeds/ and every earlier
+# finding under fuzz/regressions/.  A crash, leak, sanitizer report,
+# timeout or out-of-memory is saved under build/fuzz/findings/, printed,
+# and makes the script exit with 1 (after the other targets have run).
+# Each target prints its executions and its coverage (cov: edges).
 set -euo pipefail
 cd "$(dirname "$0")/.."
 secs=${1:-45}
+shift || true
+targets=("$@")
+[ ${#targets[@]} -eq 0 ] && targets=(edifactread vdaread makerecord treetext json writers)
+
 ./scripts/deps.sh
+if ! command -v clang++ >/dev/null ||
+   ! ls /usr/lib/llvm-*/lib/clang/*/lib/linux/libclang_rt.fuzzer-x86_64.a >/dev/null 2>&1; then
+  echo "fuzz.sh: needs clang with its libFuzzer runtime (Debian: clang, libclang-rt-dev)" >&2
+  exit 2
+fi
 CC=clang CXX=clang++ cmake -S . -B build/fuzz -DCMAKE_BUILD_TYPE=RelWithDebInfo \
    -DEDIPROT_BUILD_FUZZERS=ON -DEDIPROT_BUILD_TESTS=OFF -DEDIPROT_BUILD_BENCH=OFF >/dev/null
-cmake --build build/fuzz -j"$(nproc)" >/dev/null
+cmake --build build/fuzz -j2 >/dev/null
 
 work=build/fuzz/run
-rm -rf "$work"; mkdir -p "$work" build/fuzz/findings
+findings=build/fuzz/findings
+rm -rf "$work"; mkdir -p "$work/tmp" "$findings"
 seed() {  # seed TARGET FILES...
   local dir="$work/corpus-$1"; shift
   mkdir -p "$dir"
+  local f
   for f in "$@"; do [ -f "$f" ] && cp "$f" "$dir/" || true; done
 }
 corpus=../shared/corpus
-seed edifactread $corpus/edifact/* tests/data/edifact/* samples/*.edi
-seed vdaread $corpus/vda/* tests/data/vda/* samples/*.txt
-seed makerecord $corpus/vda/*
-seed treetext configs/*.tree tests/data/host/*
-seed json tests/data/json/* samples/*.json
-seed writers tests/data/host/*
+seed edifactread $corpus/edifact/* tests/data/edifact/* tests/data/edifact-out/*.edi
+seed vdaread $corpus/vda/* samples/*.txt
+seed makerecord
+awk '{ f = sprintf("'"$work"'/corpus-makerecord/line%03d", NR); sub(/\r$/, ""); printf "%s", $0 > f; close(f) }' \
+    samples/*.txt
+seed treetext configs/*.tree tests/data/host/conf/* tests/data/edifact-out/*.tree
+seed json fuzz/seeds/json/*
+seed writers fuzz/seeds/writers/*
 for d in fuzz/regressions/*/; do
   [ -d "$d" ] && seed "$(basename "$d")" "$d"*
 done
 
+# Module messages on stderr are expected and only slow a run: libFuzzer
+# closes stderr for the target (close_fd_mask=2) and keeps its own output
+# and the sanitizer reports.  UBSan stops at its first report.
+export TMPDIR="$PWD/$work/tmp"
+export ASAN_OPTIONS=detect_leaks=1:abort_on_error=0
+export UBSAN_OPTIONS=halt_on_error=1:print_stacktrace=1
+
 status=0
-for t in edifactread vdaread makerecord treetext json writers; do
-  echo "== fuzz_$t for ${secs}s"
+for t in "${targets[@]}"; do
+  log="$work/$t.log"
   dict=()
   [ "$t" = edifactread ] && dict=(-dict=fuzz/edifact.dict)
-  if ! ASAN_OPTIONS=detect_leaks=1 build/fuzz/fuzz/fuzz_$t "$work/corpus-$t" "${dict[@]}" \
-        -max_total_time="$secs" -max_len=65536 -timeout=10 -rss_limit_mb=4096 \
-        -artifact_prefix=build/fuzz/findings/$t- -print_final_stats=1 2>"$work/$t.log"; then
+  rc=0
+  build/fuzz/fuzz/fuzz_$t "$work/corpus-$t" "${dict[@]}" \
+      -max_total_time="$secs" -max_len=65536 -timeout=10 -rss_limit_mb=2048 \
+      -close_fd_mask=2 -artifact_prefix="$findings/$t-" -print_final_stats=1 \
+      >"$log" 2>&1 || rc=$?
+  execs=$(grep -o 'stat::number_of_executed_units: [0-9]*' "$log" | tail -n 1 | grep -o '[0-9]*$' || true)
+  cov=$(grep -o 'cov: [0-9]*' "$log" | tail -n 1 | grep -o '[0-9]*$' || true)
+  if [ "$rc" -ne 0 ] || grep -qE '^(==[0-9]+==ERROR|SUMMARY: )|runtime error:' "$log"; then
     status=1
-    echo "fuzz_$t found a problem:"; tail -n 40 "$work/$t.log"
+    echo "fuzz_$t: FINDING (exit $rc), ${execs:-?} executions, cov: ${cov:-?} edges"
+    grep -E 'ERROR|SUMMARY|runtime error|fuzz entry|Test unit written|^    #[0-9]' "$log" | head -n 40 || true
+    echo "  full log: $log"
+  else
+    echo "fuzz_$t: ${execs:-?} executions, cov: ${cov:-?} edges, no findings"
   fi
-  grep -E '^(stat::number_of_executed_units|#[0-9]+.*DONE)' "$work/$t.log" | tail -n 2 || true
-  grep -E 'cov: [0-9]+' -o "$work/$t.log" | tail -n 1 || true
 done
 exit $status

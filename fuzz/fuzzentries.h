@@ -1,0 +1,36 @@
+// One entry per way into the module.  The fuzz targets (fuzzmain.cpp) and
+// the replay test of tests/fuzzreplay run the same code.  Each entry takes
+// arbitrary bytes, frees all it made, leaves no file behind, and stops the
+// process (fuzzsupport::expect) when an entry point breaks its interface.
+// The result counts the calls that accepted the input (a tree came back or
+// a file was written), so that a test can tell a good input was taken.
+#ifndef EDIPROT_FUZZENTRIES_H
+#define EDIPROT_FUZZENTRIES_H
+
+#include <stddef.h>
+#include <stdint.h>
+
+namespace fuzzentry {
+
+// The bytes as an EDIFACT file, read twice: with the bundled ORDERS
+// configuration handed in, and with the configuration found through the
+// service configurations.  Result 0..2.
+int edifactread(const uint8_t *data, size_t size);
+// The bytes as a VDA record file, read with configs/vda4905.tree.  0..1.
+int vdaread(const uint8_t *data, size_t size);
+// The bytes, up to a NUL, as one VDA line for makerecord.  0..1.
+int makerecord(const uint8_t *data, size_t size);
+// The bytes as a tree text; what parses must come back unchanged through
+// the writer and the parser.  0..1.
+int treetext(const uint8_t *data, size_t size);
+// The bytes as the JSON form of a tree; what imports must come back
+// unchanged through the export and the import.  0..1.
+int json(const uint8_t *data, size_t size);
+// Byte 0 chooses, the rest is a tree text handed to edifactwrite and
+// vdawrite: as the data tree with the bundled configurations (byte 0
+// even), or as data and configuration at once (odd).  0..2.
+int writers(const uint8_t *data, size_t size);
+
+}  // namespace fuzzentry
+
+#endif
