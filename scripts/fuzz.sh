@@ -2,6 +2,7 @@
 # Builds the fuzz targets with clang (libFuzzer, ASan, UBSan) and runs each
 # for a fixed time.
 #   scripts/fuzz.sh [SECONDS] [TARGET...]   (default 45 seconds, all targets)
+#   FUZZ_WORK=build/fuzz/run2 scripts/fuzz.sh ...   (a second run beside one)
 # Seeds: the test data, the shared corpus, fuzz/seeds/ and every earlier
 # finding under fuzz/regressions/.  A crash, leak, sanitizer report,
 # timeout or out-of-memory is saved under build/fuzz/findings/, printed,
@@ -24,7 +25,8 @@ CC=clang CXX=clang++ cmake -S . -B build/fuzz -DCMAKE_BUILD_TYPE=RelWithDebInfo 
    -DEDIPROT_BUILD_FUZZERS=ON -DEDIPROT_BUILD_TESTS=OFF -DEDIPROT_BUILD_BENCH=OFF >/dev/null
 cmake --build build/fuzz -j2 >/dev/null
 
-work=build/fuzz/run
+# FUZZ_WORK names another work folder, so that two runs can share the build.
+work=${FUZZ_WORK:-build/fuzz/run}
 findings=build/fuzz/findings
 rm -rf "$work"; mkdir -p "$work/tmp" "$findings"
 seed() {  # seed TARGET FILES...
