@@ -18,9 +18,9 @@ messages() {
 }
 
 status=0
-for sample in samples/*-d96a.edi; do
+for sample in samples/*.edi; do
   [ -e "$sample" ] || continue
-  name=$(basename "$sample" .edi)            # e.g. orders-d96a
+  name=$(basename "$sample" .edi)            # e.g. orders-d96a, with configs/orders-d96a-in.tree
   inconf=configs/$name-in.tree outconf=configs/$name-out.tree
   echo "== $sample"
   "$edi" read "$sample" --servconf configs/servconf.conf --format json -o "$out/$name.json"
