@@ -4,5 +4,5 @@ set -euo pipefail
 cd "$(dirname "$0")/.."
 ./scripts/deps.sh
 cmake -S . -B build/plain -DCMAKE_BUILD_TYPE=RelWithDebInfo >/dev/null
-cmake --build build/plain -j"$(nproc)" >/dev/null
+cmake --build build/plain -j"$(nproc)" --target edi ediprot >/dev/null
 exec ./scripts/samples.sh build/plain

@@ -40,8 +40,10 @@ vda=samples/vda4905-sample.txt
 echo "== $vda"
 "$edi" vda-read "$vda" --config configs/vda4905.tree --format json -o "$out/vda4905.json"
 echo "   read: $out/vda4905.json ($(grep -c '"name"' "$out/vda4905.json") nodes)"
-"$edi" vda-write "$out/vda4905.json" --config configs/vda4905.tree -o "$out/vda4905.txt"
-echo "   written back: $out/vda4905.txt"
+# vdawrite names each record it writes on stderr; those lines go to a log.
+"$edi" vda-write "$out/vda4905.json" --config configs/vda4905.tree -o "$out/vda4905.txt" \
+       2>"$out/vda4905.log"
+echo "   written back: $out/vda4905.txt ($(grep -c '^dnode: ' "$out/vda4905.log") records listed in $out/vda4905.log)"
 if cmp -s "$vda" "$out/vda4905.txt"; then
   echo "   records and trailer: the same ($(wc -l <"$vda") lines)"
 else
