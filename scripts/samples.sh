@@ -42,7 +42,7 @@ echo "== $vda"
 echo "   read: $out/vda4905.json ($(grep -c '"name"' "$out/vda4905.json") nodes)"
 # vdawrite names each record it writes on stderr; those lines go to a log.
 "$edi" vda-write "$out/vda4905.json" --config configs/vda4905.tree -o "$out/vda4905.txt" \
-       2>"$out/vda4905.log"
+       2>"$out/vda4905.log" || { cat "$out/vda4905.log" >&2; exit 1; }
 echo "   written back: $out/vda4905.txt ($(grep -c '^dnode: ' "$out/vda4905.log") records listed in $out/vda4905.log)"
 if cmp -s "$vda" "$out/vda4905.txt"; then
   echo "   records and trailer: the same ($(wc -l <"$vda") lines)"
