@@ -3,7 +3,10 @@
 #include <gtest/gtest.h>
 #include <stdlib.h>
 #include <string.h>
+#include <signal.h>
+#include <sys/resource.h>
 #include <sys/stat.h>
+#include <sys/wait.h>
 #include <unistd.h>
 
 #include <cstdio>
@@ -12,6 +15,10 @@
 #include <sstream>
 
 #include "edihost.h"
+
+#if defined(__SANITIZE_ADDRESS__)
+#include <sanitizer/lsan_interface.h>
+#endif
 
 namespace testsupport {
 
@@ -136,6 +143,71 @@ std::string capture_stderr(const std::function<void()> &fn)
     fn();
     fflush(stderr);
     return testing::internal::GetCapturedStderr();
+}
+
+ChildRun run_in_child(const std::function<int()> &fn, long fsize_limit)
+{
+    ChildRun run;
+    int pfd[2];
+    if (pipe(pfd) != 0) {
+        ADD_FAILURE() << "pipe failed";
+        return run;
+    }
+    fflush(nullptr);
+    pid_t pid = fork();
+    if (pid < 0) {
+        ADD_FAILURE() << "fork failed";
+        close(pfd[0]);
+        close(pfd[1]);
+        return run;
+    }
+    if (pid == 0) {
+        close(pfd[0]);
+        dup2(pfd[1], 2);
+        close(pfd[1]);
+        if (fsize_limit >= 0) {
+            signal(SIGXFSZ, SIG_IGN);
+            struct rlimit rl;
+            rl.rlim_cur = static_cast<rlim_t>(fsize_limit);
+            rl.rlim_max = static_cast<rlim_t>(fsize_limit);
+            setrlimit(RLIMIT_FSIZE, &rl);
+        }
+        int rc = fn();
+        fflush(nullptr);
+#if defined(__SANITIZE_ADDRESS__)
+        __lsan_do_leak_check();
+#endif
+        _exit(rc & 0x7f);
+    }
+    close(pfd[1]);
+    char chunk[4096];
+    for (ssize_t n; (n = read(pfd[0], chunk, sizeof chunk)) > 0;)
+        run.err.append(chunk, static_cast<size_t>(n));
+    close(pfd[0]);
+    int status = 0;
+    waitpid(pid, &status, 0);
+    if (WIFEXITED(status))
+        run.status = WEXITSTATUS(status);
+    else if (WIFSIGNALED(status))
+        run.status = 128 + WTERMSIG(status);
+    return run;
+}
+
+std::string without_line_numbers(const std::string &err)
+{
+    std::string out;
+    size_t pos = 0;
+    while (pos < err.size()) {
+        size_t end = err.find('\n', pos);
+        end = end == std::string::npos ? err.size() : end + 1;
+        std::string line = err.substr(pos, end - pos);
+        size_t digits = line.find_first_not_of("0123456789");
+        if (digits > 0 && digits != std::string::npos && line.compare(digits, 5, ": no ") == 0)
+            line = "N" + line.substr(digits);
+        out += line;
+        pos = end;
+    }
+    return out;
 }
 
 }  // namespace testsupport

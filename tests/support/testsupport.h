@@ -42,6 +42,24 @@ std::string messagesegments(const std::string &text);
 // Runs fn and returns what it wrote to stderr.
 std::string capture_stderr(const std::function<void()> &fn);
 
+// What a call run in a child process left behind: its exit status (the
+// value fn returned, or 128 + the signal that ended it) and its stderr.
+struct ChildRun {
+    int status = -1;
+    std::string err;
+};
+
+// Runs fn in a forked child whose stderr goes through a pipe.  With
+// fsize_limit >= 0 the child may write files of at most that many bytes
+// and ignores SIGXFSZ, so that a write beyond the limit fails as on a full
+// disk.  In a leak-checking build the child checks for leaks before it
+// exits (a leak ends it with a report on its stderr).
+ChildRun run_in_child(const std::function<int()> &fn, long fsize_limit = -1);
+
+// stderr with the source line numbers of "%d: no sender" / "%d: no
+// doctype" replaced by "N": they are line numbers of the reader's source.
+std::string without_line_numbers(const std::string &err);
+
 }  // namespace testsupport
 
 #endif
