@@ -38,6 +38,10 @@ int writers(const uint8_t *data, size_t size)
     if (size == 0)
         return 0;
     bool asconfig = (data[0] & 1) != 0;
+    // Bit 1 turns every trace point on (low bits too), so that the trace
+    // and dump code runs on odd trees as well; set on every run, since the
+    // level is process-wide.
+    tracelevel = (data[0] & 2) != 0 ? -1 : 0;
     datatree_t *tree = edihost_parsetree(reinterpret_cast<const char *>(data + 1), size - 1, "fuzz");
     if (tree == nullptr)
         return 0;
@@ -58,6 +62,7 @@ int writers(const uint8_t *data, size_t size)
 
     freedatatree(tree);
     fuzzsupport::removefiles();
+    tracelevel = 0;
     return accepted;
 }
 

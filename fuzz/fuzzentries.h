@@ -16,6 +16,10 @@ namespace fuzzentry {
 // configuration handed in, and with the configuration found through the
 // service configurations.  Result 0..2.
 int edifactread(const uint8_t *data, size_t size);
+// A configuration of its own: a tree text, a line "%%" (or "%%+" to run
+// with every trace point on), then the file, read with edifactread and with
+// vdaread under that configuration.  0..2.
+int configread(const uint8_t *data, size_t size);
 // The bytes as a VDA record file, read with configs/vda4905.tree.  0..1.
 int vdaread(const uint8_t *data, size_t size);
 // The bytes, up to a NUL, as one VDA line for makerecord.  0..1.
@@ -27,8 +31,9 @@ int treetext(const uint8_t *data, size_t size);
 // unchanged through the export and the import.  0..1.
 int json(const uint8_t *data, size_t size);
 // Byte 0 chooses, the rest is a tree text handed to edifactwrite and
-// vdawrite: as the data tree with the bundled configurations (byte 0
-// even), or as data and configuration at once (odd).  0..2.
+// vdawrite: as the data tree with the bundled configurations (bit 0 clear),
+// or as data and configuration at once (bit 0 set); bit 1 set runs with
+// every trace point on.  0..2.
 int writers(const uint8_t *data, size_t size);
 
 }  // namespace fuzzentry

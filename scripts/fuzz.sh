@@ -13,7 +13,7 @@ cd "$(dirname "$0")/.."
 secs=${1:-45}
 shift || true
 targets=("$@")
-[ ${#targets[@]} -eq 0 ] && targets=(edifactread vdaread makerecord treetext json writers)
+[ ${#targets[@]} -eq 0 ] && targets=(edifactread configread vdaread makerecord treetext json writers)
 
 ./scripts/deps.sh
 if ! command -v clang++ >/dev/null ||
@@ -37,6 +37,7 @@ seed() {  # seed TARGET FILES...
 }
 corpus=../shared/corpus
 seed edifactread $corpus/edifact/* tests/data/edifact/* tests/data/edifact-out/*.edi
+seed configread fuzz/seeds/configread/*
 seed vdaread $corpus/vda/* samples/*.txt
 seed makerecord
 awk '{ f = sprintf("'"$work"'/corpus-makerecord/line%03d", NR); sub(/\r$/, ""); printf "%s", $0 > f; close(f) }' \
@@ -59,7 +60,12 @@ status=0
 for t in "${targets[@]}"; do
   log="$work/$t.log"
   dict=()
-  [ "$t" = edifactread ] && dict=(-dict=fuzz/edifact.dict)
+  case $t in
+    edifactread) dict=(-dict=fuzz/edifact.dict) ;;
+    treetext|writers) dict=(-dict=fuzz/tree.dict) ;;
+    configread) cat fuzz/tree.dict fuzz/edifact.dict >"$work/configread.dict"
+                dict=(-dict="$work/configread.dict") ;;
+  esac
   rc=0
   build/fuzz/fuzz/fuzz_$t "$work/corpus-$t" "${dict[@]}" \
       -max_total_time="$secs" -max_len=65536 -timeout=10 -rss_limit_mb=2048 \

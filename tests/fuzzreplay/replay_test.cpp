@@ -25,6 +25,7 @@ struct entry {
 
 const entry entries[] = {
     {"edifactread", fuzzentry::edifactread, 2},
+    {"configread", fuzzentry::configread, 2},
     {"vdaread", fuzzentry::vdaread, 1},
     {"makerecord", fuzzentry::makerecord, 1},
     {"treetext", fuzzentry::treetext, 1},
@@ -92,6 +93,21 @@ TEST_P(RegressionInput, ReplaysWithoutFaultAndWithADocumentedOutcome)
     EXPECT_LE(accepted, e->most);
 }
 
+// The same inputs in one process: the test list above is made when the
+// program is built, so an input added since then is still replayed here.
+TEST(RegressionInputs, AllReplayInOneRun)
+{
+    for (const regression &r : allregressions()) {
+        const entry *e = findentry(r.target);
+        if (e == nullptr)
+            continue;  // reported by RegressionFolders.EachNamesAFuzzEntry
+        SCOPED_TRACE(r.target + "/" + r.file);
+        int accepted = runon(*e, testsupport::readfile(regressions + "/" + r.target + "/" + r.file));
+        EXPECT_GE(accepted, 0);
+        EXPECT_LE(accepted, e->most);
+    }
+}
+
 std::string testname(const testing::TestParamInfo<regression> &info)
 {
     std::string name = info.param.target + "_" + info.param.file;
@@ -128,7 +144,8 @@ TEST_P(GoodInput, IsAcceptedByEveryCallOfItsEntry)
 
 INSTANTIATE_TEST_SUITE_P(
     Fuzz, GoodInput,
-    testing::Values(goodinput{"edifactread", std::string(EDIPROT_TESTDATA) + "/edifact/orders_una.edi", 2},
+    testing::Values(goodinput{"configread", fuzzseeds + "/configread/orders", 1},
+                    goodinput{"edifactread", std::string(EDIPROT_TESTDATA) + "/edifact/orders_una.edi", 2},
                     goodinput{"vdaread", std::string(EDIPROT_SAMPLES) + "/vda4905-sample.txt", 1},
                     goodinput{"makerecord", std::string(EDIPROT_SAMPLES) + "/vda4905-sample.txt", 1},
                     goodinput{"treetext", std::string(EDIPROT_CONFIGS) + "/vda4905.tree", 1},
