@@ -215,7 +215,10 @@ TEST(Copytag, FeedsACompositeFromASimpleElementAndTheOnesBehindIt)
               "$NAD{3035=\"SU\" C082{3039=\"456\" 1131=\"FR\" 3055} 3207=\"FR\"}");
 }
 
-TEST(Xydatatohead, CopiesInnerLoopsWithTheOccurrenceThatIsRepeated)
+// A repetition holds one node of each inner loop, however often the inner
+// loop repeated in the occurrence before it: the template keeps the size
+// of the configuration, whatever the nesting.
+TEST(Xydatatohead, RepeatsAnOccurrenceWithOneNodeOfEachInnerLoop)
 {
     const char *conf = R"(edi
   MSG
@@ -230,10 +233,8 @@ TEST(Xydatatohead, CopiesInnerLoopsWithTheOccurrenceThatIsRepeated)
     EXPECT_EQ(f.filled(),
               "*LIN{$LIN{1082=\"1\"} *PRI{$PRI{5125=\"A\"}} *PRI{$PRI{5125=\"B\"}} "
               "*PRI{$PRI{5125}}} "
-              "*LIN{$LIN{1082=\"2\"} *PRI{$PRI{5125=\"C\"}} *PRI{$PRI{5125}} "
-              "*PRI{$PRI{5125}} *PRI{$PRI{5125}}} "
-              "*LIN{$LIN{1082} *PRI{$PRI{5125}} *PRI{$PRI{5125}} *PRI{$PRI{5125}} "
-              "*PRI{$PRI{5125}}}");
+              "*LIN{$LIN{1082=\"2\"} *PRI{$PRI{5125=\"C\"}} *PRI{$PRI{5125}}} "
+              "*LIN{$LIN{1082} *PRI{$PRI{5125}}}");
     setparents(f.copy, 0);
     ediprot::searchemptyloop(&f.copy->child);
     EXPECT_EQ(f.filled(),

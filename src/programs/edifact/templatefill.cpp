@@ -1,7 +1,8 @@
 // Template filling: the segments of one message, starting at xdata, poured
 // into a copy of the configuration.  The walk goes strictly forward: each
 // segment goes to the next tag node of the same name, and a loop node whose
-// first child received data gets an empty copy of itself behind it.
+// first child received data gets an empty copy of itself behind it (with
+// one node of each inner loop, whatever number of times it repeated).
 #include <string.h>
 #include <strings.h>
 
@@ -43,6 +44,38 @@ bool ismandatory(const datatree_t *tp)
     int force;
     memcpy(&force, &tp->ediforce, sizeof force);
     return force == ef_mand;
+}
+
+datatree_t *copyshape(const datatree_t *head);
+
+// A copy of the node `tp` and its children, without values.
+datatree_t *copynode(const datatree_t *tp)
+{
+    datatree_t *np = newnode();
+    np->xmltag = EDI_STRSAV(tp->xmltag);
+    copynodeparms(np, const_cast<datatree_t *>(tp), __LINE__);
+    np->child = copyshape(tp->child);
+    return np;
+}
+
+// A copy of the chain `head` without values, in which a run of loop nodes
+// of one name (an inner loop's occurrences and the empty copy behind them)
+// is copied as its first node alone.  A repetition thus starts with the
+// shape of the configuration, not with the inner repetitions of the
+// occurrence before it: those would be copied again at every level of
+// nesting, doubling the template with each level.
+datatree_t *copyshape(const datatree_t *head)
+{
+    datatree_t *start = nullptr;
+    datatree_t **tpp = &start;
+    const datatree_t *prev = nullptr;
+    for (const datatree_t *tp = head; tp != nullptr; prev = tp, tp = tp->next) {
+        if (tp->xmltag[0] == '*' && prev != nullptr && strcmp(prev->xmltag, tp->xmltag) == 0)
+            continue;
+        *tpp = copynode(tp);
+        tpp = &(*tpp)->next;
+    }
+    return start;
 }
 
 }  // namespace
@@ -98,7 +131,7 @@ int xydatatohead(datatree_t *out, int lvl)
                   pathfornode(tp, 0));
             datatree_t *orgnext = tp->next;
             tp->next = nullptr;
-            datatree_t *sp = copysubtree(tp);
+            datatree_t *sp = copynode(tp);
             TRACE(2,
                   "xydatatohead: after copysubtree sp %p, sp->next %p, "
                   "tp->next %p, orgnext %p, xdata %p\n",
