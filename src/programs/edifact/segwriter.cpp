@@ -11,6 +11,8 @@
 // interchange writer cuts the file at the final position.
 #include <stdio.h>
 #include <string.h>
+
+#include <memory>
 #include <strings.h>
 
 #include "../internal.h"
@@ -89,19 +91,23 @@ int editraverse(FILE *fp, datatree_t *head, datatree_t *outcf, const char *loop)
         return 0;
     TRACE(2, "editraverse start <%s> loop <%s>\n", outcf->xmltag, loop);
 
-    char lb[kTextMax];
+    // The loop string lies on the heap: a buffer of this size in every
+    // level of a deeply nested configuration would use up the stack.
+    std::unique_ptr<char[]> lbuf(new char[kTextMax]);
+    char *const lb = lbuf.get();
+    const size_t lbsize = kTextMax;
     // One counter for all loop nodes of this chain: a loop node behind
     // another one goes on from the number at which the first one stopped.
     int i = 0;
     for (datatree_t *tp = outcf; tp != nullptr; tp = tp->next) {
-        snprintf(lb, sizeof lb, "%s", loop);
+        snprintf(lb, lbsize, "%s", loop);
         if (tp->xmltag[0] == '*') {
             for (;;) {
                 i++;
-                int n = snprintf(lb, sizeof lb, "%s%s%d", loop, loop[0] != '\0' ? "." : "", i);
+                int n = snprintf(lb, lbsize, "%s%s%d", loop, loop[0] != '\0' ? "." : "", i);
                 // A loop string that no longer fits would stop changing
                 // with i and so never end the loop.
-                if (n < 0 || n >= static_cast<int>(sizeof lb))
+                if (n < 0 || n >= static_cast<int>(lbsize))
                     break;
                 datatree_t *xnode = searchloopinstance(pathfornode(tp, 0), lb, head, tp->xmltag);
                 if (xnode == nullptr)

@@ -4,6 +4,8 @@
 #include <stdio.h>
 #include <string.h>
 
+#include <memory>
+
 #include "../internal.h"
 
 namespace ediprot {
@@ -80,17 +82,21 @@ int vdatraverse(FILE *fp, datatree_t *head, datatree_t *outcf, const char *loop)
         return 0;
     TRACE(1, "vdatraverse start <%s> loop <%s>\n", outcf->xmltag, loop);
 
-    char lb[kTextMax];
+    // The loop string lies on the heap: a buffer of this size in every
+    // level of a deeply nested configuration would use up the stack.
+    std::unique_ptr<char[]> lbuf(new char[kTextMax]);
+    char *const lb = lbuf.get();
+    const size_t lbsize = kTextMax;
     for (datatree_t *tp = outcf; tp != nullptr; tp = tp->next) {
-        snprintf(lb, sizeof lb, "%s", loop);
+        snprintf(lb, lbsize, "%s", loop);
         TRACE(1, "vdatraverse tag: <%s>, next <%s>\n", tp->xmltag,
               tp->next != nullptr ? tp->next->xmltag : "no next");
         if (tp->xmltag[0] == '*') {
             // Each loop node counts its instances from 1, until the data
             // tree has no loop node of its own for the next number.
             for (int i = 1;; i++) {
-                int n = snprintf(lb, sizeof lb, "%s%s%d", loop, loop[0] != '\0' ? "." : "", i);
-                if (n < 0 || static_cast<size_t>(n) >= sizeof lb) {
+                int n = snprintf(lb, lbsize, "%s%s%d", loop, loop[0] != '\0' ? "." : "", i);
+                if (n < 0 || static_cast<size_t>(n) >= lbsize) {
                     fprintf(stderr, "vdatraverse: loop string too long at <%s>\n", tp->xmltag);
                     break;
                 }
