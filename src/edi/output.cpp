@@ -17,15 +17,38 @@ bool fail(const std::string &path, const char *reason)
     return false;
 }
 
+// Writes all of text to fp and closes it (stdout is only flushed); 0, or
+// the errno of the first failure.
+int putall(FILE *fp, const std::string &text)
+{
+    int err = 0;
+    if (fwrite(text.data(), 1, text.size(), fp) != text.size() || fflush(fp) != 0)
+        err = errno != 0 ? errno : EIO;
+    if (fp != stdout && fclose(fp) != 0 && err == 0)
+        err = errno != 0 ? errno : EIO;
+    return err;
+}
+
 }  // namespace
 
 bool writewhole(const std::string &path, const std::string &text)
 {
     if (path.empty() || path == "-") {
-        if (fwrite(text.data(), 1, text.size(), stdout) != text.size() || fflush(stdout) != 0)
-            return fail("stdout", strerror(errno));
-        return true;
+        int err = putall(stdout, text);
+        return err == 0 || fail("stdout", strerror(err));
     }
+    // A device or pipe (/dev/null, /dev/stdout, a fifo) is written in place:
+    // renaming a temporary file onto it would replace it with a plain file.
+    struct stat st;
+    if (stat(path.c_str(), &st) == 0 && !S_ISREG(st.st_mode) && !S_ISDIR(st.st_mode)) {
+        FILE *fp = fopen(path.c_str(), "w");
+        if (fp == nullptr)
+            return fail(path, strerror(errno));
+        int err = putall(fp, text);
+        return err == 0 || fail(path, strerror(err));
+    }
+    // A file is written under a temporary name and renamed into place, so
+    // that it is there whole or not at all.
     std::string tmp = path + ".XXXXXX";
     int fd = mkstemp(tmp.data());
     if (fd < 0)
@@ -41,15 +64,12 @@ bool writewhole(const std::string &path, const std::string &text)
         unlink(tmp.c_str());
         return fail(path, strerror(err));
     }
-    bool ok = fwrite(text.data(), 1, text.size(), fp) == text.size();
-    ok = (fflush(fp) == 0) && ok;
-    int err = errno;
-    ok = (fclose(fp) == 0) && ok;
-    if (!ok || rename(tmp.c_str(), path.c_str()) != 0) {
-        if (ok)
-            err = errno;
+    int err = putall(fp, text);
+    if (err == 0 && rename(tmp.c_str(), path.c_str()) != 0)
+        err = errno;
+    if (err != 0) {
         unlink(tmp.c_str());
-        return fail(path, strerror(err != 0 ? err : EIO));
+        return fail(path, strerror(err));
     }
     return true;
 }

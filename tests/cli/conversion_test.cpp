@@ -3,7 +3,10 @@
 // read and written back, several inputs in one call.
 #include <gtest/gtest.h>
 
+#include <sys/stat.h>
+
 #include <filesystem>
+#include <thread>
 #include <string>
 #include <vector>
 
@@ -266,6 +269,25 @@ TEST(EdiRead, OutputIntoAMissingFolderFails)
     EXPECT_NE(r.err.find("edi: " + dir + "/no/such/out.tree: No such file or directory\n"),
               std::string::npos) << r.err;
     EXPECT_TRUE(std::filesystem::is_empty(dir));
+}
+
+// A fifo as OUT is written in place: the command must not put a plain file
+// where the fifo was (as a rename onto it would).
+TEST(EdiRead, OutputOntoAFifoIsWrittenInPlace)
+{
+    std::string dir = tempdir();
+    std::string fifo = dir + "/pipe";
+    ASSERT_EQ(mkfifo(fifo.c_str(), 0600), 0);
+    std::string got;
+    std::thread reader([&] { got = readfile(fifo); });
+    RunResult r = runedi({"read", EDIPROT_TESTDATA "/edifact/orders_una.edi", "--config",
+                          kConfigs + "/orders-d96a-in.tree", "-o", fifo});
+    reader.join();
+    EXPECT_EQ(r.status, 0) << r.err;
+    EXPECT_EQ(got.rfind("edi\n", 0), 0u) << got;
+    struct stat st;
+    ASSERT_EQ(stat(fifo.c_str(), &st), 0);
+    EXPECT_TRUE(S_ISFIFO(st.st_mode));
 }
 
 }  // namespace
