@@ -3,6 +3,7 @@
 // loop names that answer a record key.  None may crash, exhaust the stack,
 // hang or leak; each gives the tree and the file that its rules say.
 #include <gtest/gtest.h>
+#include <string.h>
 
 #include <string>
 
@@ -59,11 +60,14 @@ std::string deepconfig(int depth)
     return text + at(2 + depth, kFtx) + at(2, kUnt);
 }
 
-// The message loop with UNH, `width` FTX tag nodes side by side, and UNT.
+// The message loop with UNH, `width` FTX tag nodes of one element side by
+// side, and UNT.  (Each message holds the configuration twice, as the
+// message and as the repetition tried behind it: small nodes keep the
+// test at about 200 MB in the sanitizer build.)
 std::string wideconfig(int width)
 {
     std::string text = "edi\n  *MSG\n" + at(2, kUnh);
-    const std::string ftx = at(2, kFtx);
+    const std::string ftx = at(2, "$FTX iseditag=1\n  4440 edimaxlen=35\n");
     for (int k = 0; k < width; k++)
         text += ftx;
     return text + at(2, kUnt);
@@ -151,7 +155,7 @@ TEST(ConfigHostile, AHundredThousandSiblingTagsReadAndWriteAnInterchange)
 {
     datatree_t *cf = testsupport::parse(wideconfig(kWidth));
     std::string ix = kInterchange;
-    ix.replace(ix.find("FTX+AAI++TEXT'"), 14, "FTX+AAI++ONE'FTX+AAI++TWO'FTX+AAI++THREE'");
+    ix.replace(ix.find("FTX+AAI++TEXT'"), 14, "FTX+ONE'FTX+TWO'FTX+THREE'");
     const std::string in = testsupport::writefile(testsupport::tempdir() + "/in.edi", ix);
 
     ReadResult r;
@@ -164,10 +168,8 @@ TEST(ConfigHostile, AHundredThousandSiblingTagsReadAndWriteAnInterchange)
     size_t count = 0;
     std::string texts;
     for (datatree_t *tp = msg->child; tp != nullptr; tp = tp->next, count++) {
-        datatree_t *c108 = tp->child != nullptr ? tp->child->next : nullptr;
-        c108 = c108 != nullptr ? c108->next : nullptr;
-        if (c108 != nullptr && c108->child != nullptr && c108->child->data != nullptr)
-            texts += std::string(c108->child->data) + " ";
+        if (strcmp(tp->xmltag, "$FTX") == 0 && tp->child != nullptr && tp->child->data != nullptr)
+            texts += std::string(tp->child->data) + " ";
     }
     EXPECT_EQ(count, static_cast<size_t>(kWidth) + 2);
     EXPECT_EQ(texts, "ONE TWO THREE ");
@@ -179,7 +181,7 @@ TEST(ConfigHostile, AHundredThousandSiblingTagsReadAndWriteAnInterchange)
     EXPECT_EQ(w.err, "");
     std::string ftxs;
     for (int k = 0; k < kWidth; k++)
-        ftxs += "FTX+AAI++ONE'";
+        ftxs += "FTX+ONE'";
     EXPECT_EQ(testsupport::messagesegments(w.text), "UNH+1+ORDERS:D'" + ftxs + "UNT+3+1'");
     freedatatree(cf);
 }
