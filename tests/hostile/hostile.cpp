@@ -36,7 +36,7 @@ const char *const kInterchange =
 
 std::string noise(unsigned seed, size_t n)
 {
-    // mt19937 is specified to the bit, so the bytes are the same everywhere.
+    // mt19937 yields the same sequence on every platform and library.
     std::mt19937 gen(seed);
     std::string out(n, '\0');
     for (char &c : out)
