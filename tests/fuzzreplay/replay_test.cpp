@@ -7,6 +7,7 @@
 #include <sys/stat.h>
 
 #include <algorithm>
+#include <ostream>
 #include <string>
 #include <vector>
 
@@ -81,6 +82,12 @@ int runon(const entry &e, const std::string &bytes)
     return e.run(reinterpret_cast<const uint8_t *>(bytes.data()), bytes.size());
 }
 
+// Test lists show the input, not the bytes of the record.
+void PrintTo(const regression &r, std::ostream *os)
+{
+    *os << r.target << "/" << r.file;
+}
+
 class RegressionInput : public testing::TestWithParam<regression> {};
 
 TEST_P(RegressionInput, ReplaysWithoutFaultAndWithADocumentedOutcome)
@@ -127,6 +134,11 @@ struct goodinput {
     std::string file;
     int accepted;
 };
+
+void PrintTo(const goodinput &g, std::ostream *os)
+{
+    *os << g.target << " " << g.file;
+}
 
 class GoodInput : public testing::TestWithParam<goodinput> {};
 
