@@ -1,7 +1,7 @@
 #!/usr/bin/env bash
 # Builds the fuzz targets with clang (libFuzzer, ASan, UBSan) and runs each
 # for a fixed time.
-#   scripts/fuzz.sh [SECONDS] [TARGET...]   (default 45 seconds, all targets)
+#   scripts/fuzz.sh [SECONDS] [TARGET...]   (default 40 seconds, all targets)
 #   FUZZ_WORK=build/fuzz/run2 scripts/fuzz.sh ...   (a second run beside one)
 # Seeds: the test data, the shared corpus, fuzz/seeds/ and every earlier
 # finding under fuzz/regressions/.  A crash, leak, sanitizer report,
@@ -10,7 +10,7 @@
 # Each target prints its executions and its coverage (cov: edges).
 set -euo pipefail
 cd "$(dirname "$0")/.."
-secs=${1:-45}
+secs=${1:-40}
 shift || true
 targets=("$@")
 [ ${#targets[@]} -eq 0 ] && targets=(edifactread configread vdaread makerecord treetext json writers)
@@ -23,7 +23,7 @@ if ! command -v clang++ >/dev/null ||
 fi
 CC=clang CXX=clang++ cmake -S . -B build/fuzz -DCMAKE_BUILD_TYPE=RelWithDebInfo \
    -DEDIPROT_BUILD_FUZZERS=ON -DEDIPROT_BUILD_TESTS=OFF -DEDIPROT_BUILD_BENCH=OFF >/dev/null
-cmake --build build/fuzz -j2 >/dev/null
+cmake --build build/fuzz -j2 --target "${targets[@]/#/fuzz_}" >/dev/null
 
 # FUZZ_WORK names another work folder, so that two runs can share the build.
 work=${FUZZ_WORK:-build/fuzz/run}
