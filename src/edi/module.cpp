@@ -1,5 +1,7 @@
 #include "module.h"
 
+#include "locations.h"
+
 #include <dlfcn.h>
 #include <stdio.h>
 #include <stdlib.h>
@@ -23,21 +25,12 @@ bool lookup(void *handle, const char *name, T &out)
 
 bool loadmodule(Module &mod)
 {
-    const char *candidates[3];
-    int n = 0;
-    if (const char *env = getenv("EDIPROT_MODULE"); env != nullptr && *env != '\0')
-        candidates[n++] = env;
-#ifdef EDIPROT_MODULE_PATH
-    else
-        candidates[n++] = EDIPROT_MODULE_PATH;
-#endif
-    candidates[n++] = "libediprot.so.1";
-
     const char *reason = "not found";
-    for (int i = 0; i < n && mod.handle == nullptr; i++) {
-        mod.handle = dlopen(candidates[i], RTLD_NOW | RTLD_LOCAL);
-        if (mod.handle == nullptr)
-            reason = dlerror();
+    for (const std::string &candidate : modulecandidates()) {
+        mod.handle = dlopen(candidate.c_str(), RTLD_NOW | RTLD_LOCAL);
+        if (mod.handle != nullptr)
+            break;
+        reason = dlerror();
     }
     if (mod.handle == nullptr) {
         fprintf(stderr, "edi: cannot load module: %s\n", reason);

@@ -19,8 +19,7 @@ struct Module {
     void *handle = nullptr;
 };
 
-// Opens the module: $EDIPROT_MODULE if set, else the library built beside
-// this program, else "libediprot.so.1" through the loader's search path.
+// Opens the module from the first of modulecandidates() that loads.
 // On failure writes "edi: cannot load module: <reason>" and returns false.
 bool loadmodule(Module &mod);
 
