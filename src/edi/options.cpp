@@ -1,5 +1,6 @@
 #include "options.h"
 
+#include <ctype.h>
 #include <stdio.h>
 #include <stdlib.h>
 #include <string.h>
@@ -97,12 +98,38 @@ bool parseoptions(int argc, char **argv, Options &opt)
             return 0;
         };
         int r = 0;
-        std::string trace;
-        if ((r = value("--servconf", opt.servconf)) || (r = value("--config", opt.config)) ||
-            (r = value("--format", opt.format)) || (r = value("-o", opt.output)) ||
-            (r = value("--output", opt.output))) {
+        std::string trace, jobs;
+        if ((r = value("--servconf", opt.servconf)) || (r = value("--format", opt.format)) ||
+            (r = value("-o", opt.output)) || (r = value("--output", opt.output)) ||
+            (r = value("--reference", opt.reference))) {
             if (r < 0)
                 return false;
+        } else if ((r = value("--config", opt.config))) {
+            if (r < 0)
+                return false;
+            opt.configs.push_back(opt.config);
+        } else if ((r = value("-j", jobs)) || (r = value("--jobs", jobs))) {
+            if (r < 0)
+                return false;
+            char *end = nullptr;
+            long v = strtol(jobs.c_str(), &end, 10);
+            if (jobs.empty() || *end != '\0' || v < 1 || v > 256)
+                return usage("-j takes a number of processes from 1 to 256, not '%s'", jobs.c_str());
+            opt.jobs = static_cast<int>(v);
+        } else if (a.size() > 2 && a.compare(0, 2, "-j") == 0 && isdigit(static_cast<unsigned char>(a[2]))) {
+            char *end = nullptr;
+            long v = strtol(a.c_str() + 2, &end, 10);
+            if (*end != '\0' || v < 1 || v > 256)
+                return usage("-j takes a number of processes from 1 to 256, not '%s'", a.c_str() + 2);
+            opt.jobs = static_cast<int>(v);
+        } else if (a == "--raw") {
+            opt.raw = true;
+        } else if (a == "--verbose" || a == "-v") {
+            opt.verbose = true;
+        } else if (a == "--keep-going") {
+            opt.keepgoing = true;
+        } else if (a == "--exact") {
+            opt.exact = true;
         } else if ((r = value("--sender", opt.sender))) {
             if (r < 0)
                 return false;
@@ -164,6 +191,12 @@ bool parseoptions(int argc, char **argv, Options &opt)
         return usage("%s needs --config FILE", "vda-read");
     if (opt.joinlines && opt.command != "read")
         return usage("%s--join-lines is an option of read only", "");
+    if (opt.jobs > 0 && writing)
+        return usage("%s-j is an option of read and vda-read", "");
+    if (opt.command != "write" && (opt.exact || !opt.reference.empty()))
+        return usage("%s--exact and --reference are options of write", "");
+    if (!opt.reference.empty() && opt.reference.size() > 14)
+        return usage("--reference takes at most 14 characters, not '%s'", opt.reference.c_str());
     if (opt.command == "read" && !opt.config.empty() && !opt.servconf.empty())
         return usage("%sgive either --servconf or --config, not both", "");
     return true;
