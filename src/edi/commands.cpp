@@ -12,10 +12,9 @@
 #include "jsontree.h"
 #include "output.h"
 #include "readinput.h"
+#include "writeedifact.h"
 
 namespace edi {
-
-namespace {
 
 // A tree file in the tree text format or JSON, told apart by its first
 // character that is not white space.
@@ -29,6 +28,8 @@ datatree_t *loadtree(const std::string &path)
         return jsontotree(text, path);
     return edihost_parsetree(text.data(), text.size(), path.c_str());
 }
+
+namespace {
 
 std::string treetext(const datatree_t *tree)
 {
@@ -83,12 +84,12 @@ datatree_t *readworkingcopy(const Module &mod, const Options &opt, datatree_t *c
     return tree;
 }
 
-Exit readone(const Module &mod, const Options &opt, datatree_t *config, const std::string &input,
-             const std::string &out)
+Exit readone(const Module &mod, const Options &opt, const std::vector<datatree_t *> &configs,
+             const std::string &input, const std::string &out)
 {
     bool vda = opt.command == "vda-read";
-    ReadResult res = vda ? readvdainput(mod, opt, config, input)
-                         : readedifactinput(mod, opt, config, input);
+    ReadResult res = vda ? readvdainput(mod, opt, configs.back(), input)
+                         : readedifactinput(mod, opt, configs, input);
     if (res.tree == nullptr)
         return exit_failed;
     const char *key = res.keys.empty() ? nullptr : res.keys[0].c_str();
@@ -111,15 +112,25 @@ Exit readone(const Module &mod, const Options &opt, datatree_t *config, const st
 
 Exit readcommand(const Module &mod, const Options &opt)
 {
-    datatree_t *config = nullptr;
-    if (!opt.config.empty()) {
-        config = edihost_readtree(opt.config.c_str());
-        if (config == nullptr)
+    // Without --config the module chooses by the service configurations:
+    // one NULL configuration stands for that.
+    std::vector<datatree_t *> configs;
+    auto release = [&configs] {
+        for (datatree_t *c : configs)
+            if (c != nullptr)
+                freedatatree(c);
+    };
+    for (const std::string &c : opt.configs) {
+        configs.push_back(edihost_readtree(c.c_str()));
+        if (configs.back() == nullptr) {
+            release();
             return exit_failed;
+        }
     }
+    if (configs.empty())
+        configs.push_back(nullptr);
     if (!opt.servconf.empty() && edihost_loadservconf(opt.servconf.c_str()) != 0) {
-        if (config != nullptr)
-            freedatatree(config);
+        release();
         return exit_failed;
     }
 
@@ -135,25 +146,26 @@ Exit readcommand(const Module &mod, const Options &opt)
         status = exit_usage;
     } else if (opt.jobs > 0) {
         status = readbatch(inputs, opt, [&](const std::string &input) {
-            return readone(mod, opt, config, input,
+            return readone(mod, opt, configs, input,
                            tofolder ? infolder(opt.output, input, opt.format) : opt.output);
         });
     } else {
         for (const std::string &input : inputs) {
-            Exit rc = readone(mod, opt, config, input,
+            Exit rc = readone(mod, opt, configs, input,
                               tofolder ? infolder(opt.output, input, opt.format) : opt.output);
             if (rc != exit_ok)
                 status = rc;
         }
     }
-    if (config != nullptr)
-        freedatatree(config);
+    release();
     edihost_clearservconf();
     return status;
 }
 
 Exit writecommand(const Module &mod, const Options &opt)
 {
+    if (opt.command == "write")
+        return writeedifact(mod, opt);
     datatree_t *config = edihost_readtree(opt.config.c_str());
     if (config == nullptr)
         return exit_failed;

@@ -37,10 +37,25 @@ void renumbermessages(datatree_t *root)
     }
 }
 
+// The configuration for messages of `msgtype` (ORDERS:D:96A:UN): the only
+// one, or the one whose message node is named after the type.
+datatree_t *configfor(const std::vector<datatree_t *> &configs, const std::string &msgtype)
+{
+    if (configs.size() == 1)
+        return configs[0];
+    std::string type = msgtype.substr(0, msgtype.find(':'));
+    for (datatree_t *c : configs) {
+        const char *name = c->child != nullptr ? c->child->xmltag : nullptr;
+        if (name != nullptr && (name[0] == '*' || name[0] == '$') && type == name + 1)
+            return c;
+    }
+    return nullptr;
+}
+
 }  // namespace
 
-ReadResult readedifactinput(const Module &mod, const Options &opt, datatree_t *config,
-                            const std::string &input)
+ReadResult readedifactinput(const Module &mod, const Options &opt,
+                            const std::vector<datatree_t *> &configs, const std::string &input)
 {
     ReadResult res;
     std::string bytes;
@@ -73,6 +88,15 @@ ReadResult readedifactinput(const Module &mod, const Options &opt, datatree_t *c
     datatree_t *combined = nullptr;
     datatree_t **tail = nullptr;
     for (const Unit &u : units) {
+        datatree_t *config = configfor(configs, u.msgtype);
+        if (config == nullptr) {
+            fprintf(stderr, "%s: no configuration given for the message type %s (%s); give its "
+                            "configuration with one more --config.\n",
+                    input.c_str(), u.msgtype.c_str(), describeunit(u).c_str());
+            if (combined != nullptr)
+                freedatatree(combined);
+            return ReadResult{nullptr, {}, res.changes};
+        }
         envelope_t *ev = nullptr;
         StderrCapture cap(opt.trace < 0);
         datatree_t *tree = readworkingcopy(mod, opt, config, input, u.text, &ev);

@@ -6,6 +6,7 @@
 #include <string>
 #include <vector>
 
+#include "ediprot.h"
 #include "module.h"
 #include "options.h"
 
@@ -18,9 +19,12 @@ struct ReadResult {
 };
 
 // Reads an EDIFACT interchange file.  Failure lines on stderr begin with
-// `input`.  With opt.raw the module gets the file's bytes untouched.
-ReadResult readedifactinput(const Module &mod, const Options &opt, datatree_t *config,
-                            const std::string &input);
+// `input`.  With opt.raw the module gets the file's bytes untouched.  With
+// one configuration (NULL: the module chooses) every working copy is read
+// with it; with several, each with the one whose message node bears the
+// working copy's message type (`*ORDERS` for ORDERS:D:96A:UN).
+ReadResult readedifactinput(const Module &mod, const Options &opt,
+                            const std::vector<datatree_t *> &configs, const std::string &input);
 
 // Reads a VDA record file; records the module could not place make it fail
 // unless opt.keepgoing.
