@@ -138,7 +138,8 @@ Exit readcommand(const Module &mod, const Options &opt)
     bool fromfolder = false;
     for (const std::string &in : opt.inputs)
         fromfolder = fromfolder || isfolder(in);
-    bool tofolder = (inputs.size() > 1 || fromfolder) && !opt.output.empty();
+    bool tofolder =
+        !opt.output.empty() && (inputs.size() > 1 || fromfolder || isfolder(opt.output));
     Exit status = exit_ok;
     if (tofolder && !isfolder(opt.output)) {
         fprintf(stderr, "edi: %s: not a folder (several inputs need a folder for -o)\n",

@@ -89,7 +89,7 @@ ReadResult readedifactinput(const Module &mod, const Options &opt,
     datatree_t **tail = nullptr;
     for (const Unit &u : units) {
         datatree_t *config = configfor(configs, u.msgtype);
-        if (config == nullptr) {
+        if (config == nullptr && configs.size() > 1) {
             fprintf(stderr, "%s: no configuration given for the message type %s (%s); give its "
                             "configuration with one more --config.\n",
                     input.c_str(), u.msgtype.c_str(), describeunit(u).c_str());
