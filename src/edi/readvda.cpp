@@ -2,6 +2,8 @@
 #include <stdlib.h>
 #include <string.h>
 
+#include <algorithm>
+
 #include "capture.h"
 #include "edihost.h"
 #include "output.h"
@@ -65,6 +67,47 @@ long traceline(const std::string &l)
     return strncmp(end, ": len ", 6) == 0 ? n : 0;
 }
 
+// Bytes outside printable ASCII as \xNN, so that a message stays one line.
+std::string printable(const std::string &s)
+{
+    std::string out;
+    for (unsigned char c : s) {
+        if (c >= 0x20 && c < 0x7f) {
+            out += static_cast<char>(c);
+        } else {
+            char buf[8];
+            snprintf(buf, sizeof buf, "\\x%02x", c);
+            out += buf;
+        }
+    }
+    return out;
+}
+
+// True if a node of the configuration answers the record key of `line`
+// ("S" and its first three characters), as the module looks it up.
+bool configured(const datatree_t *config, const std::string &line)
+{
+    std::string key = "S" + line.substr(0, std::min<size_t>(3, line.find('\0')));
+    std::vector<const datatree_t *> todo{config};
+    while (!todo.empty()) {
+        const datatree_t *tp = todo.back();
+        todo.pop_back();
+        for (; tp != nullptr; tp = tp->next) {
+            if (tp->xmltag != nullptr && tp->xmltag[0] != '\0' && key == tp->xmltag + 1)
+                return true;
+            if (tp->child != nullptr)
+                todo.push_back(tp->child);
+        }
+    }
+    return false;
+}
+
+// A line without any character but blanks and line ends carries nothing.
+bool blankline(const std::string &l)
+{
+    return l.find_first_not_of(" \r\n") == std::string::npos;
+}
+
 bool modulemessage(const std::string &l)
 {
     return l.compare(0, 10, "insrecord:") == 0 || l.compare(0, 8, "vdaread:") == 0 ||
@@ -113,14 +156,26 @@ ReadResult readvdainput(const Module &mod, const Options &opt, datatree_t *confi
 
     long at = 0;
     std::vector<std::string> lost;
+    // Lines of a record type the configuration does not know: the module
+    // passes them over without a word.
+    std::vector<bool> unknown(lines.size());
+    if (tree != nullptr)
+        for (size_t i = 0; i < lines.size(); i++)
+            unknown[i] = !blankline(lines[i]) && !configured(config, lines[i]);
     for (const std::string &l : out) {
         if (long n = traceline(l)) {
             at = n;
+            if (n > 0 && static_cast<size_t>(n) <= lines.size() && unknown[n - 1]) {
+                std::string type = lines[n - 1].substr(0, 3);
+                fprintf(stderr, "%s: line %ld: record type %s is not in the configuration\n",
+                        input.c_str(), n, printable(type).c_str());
+                lost.push_back(std::to_string(n) + " (" + printable(type) + ")");
+            }
         } else if (modulemessage(l)) {
             std::string where;
             if (l.compare(0, 10, "insrecord:") == 0 && at > 0 &&
                 static_cast<size_t>(at) <= lines.size()) {
-                std::string type = lines[at - 1].substr(0, 3);
+                std::string type = printable(lines[at - 1].substr(0, 3));
                 where = "line " + std::to_string(at) + ": record " + type + ": ";
                 lost.push_back(std::to_string(at) + " (" + type + ")");
             }
@@ -141,8 +196,8 @@ ReadResult readvdainput(const Module &mod, const Options &opt, datatree_t *confi
             list += (list.empty() ? "" : ", ") + s;
         fprintf(stderr,
                 "%s: %zu record%s could not be placed in the tree and %s left out (line %s): "
-                "the configuration's places hold one record of a type per call-off and one "
-                "call-off per file; see docs/vda.md%s.\n",
+                "the configuration knows no such record type, or its places hold one record "
+                "of a type per call-off and one call-off per file; see docs/vda.md%s.\n",
                 input.c_str(), lost.size(), lost.size() == 1 ? "" : "s",
                 lost.size() == 1 ? "is" : "are", list.c_str(),
                 opt.keepgoing ? "" : ", or give --keep-going to accept the tree without them");
