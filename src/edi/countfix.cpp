@@ -2,6 +2,7 @@
 
 #include <stdio.h>
 #include <sys/time.h>
+#include <time.h>
 #include <unistd.h>
 
 #include "segments.h"
@@ -49,6 +50,25 @@ std::string fixcounts(const std::string &text, const std::string &ref)
             out += setelements(body, s, {{5, ref}});
         else
             out += text.substr(s.begin, s.end - s.begin);
+    }
+    return out;
+}
+
+std::string setdate(const std::string &text, time_t when)
+{
+    struct tm tm;
+    gmtime_r(&when, &tm);
+    char buf[32];
+    snprintf(buf, sizeof buf, "%02d%02d%02d", tm.tm_year % 100, tm.tm_mon + 1, tm.tm_mday);
+    std::string out;
+    for (const Segment &s : cutsegments(text)) {
+        if (s.tag != "UNB") {
+            out += text.substr(s.begin, s.end - s.begin);
+            continue;
+        }
+        std::string dt = std::string(buf) + s.sx.cmp;
+        snprintf(buf, sizeof buf, "%02d%02d", tm.tm_hour, tm.tm_min);
+        out += setelements(segmentbody(text, s), s, {{4, dt + buf}});
     }
     return out;
 }

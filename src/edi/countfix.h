@@ -6,6 +6,8 @@
 #ifndef EDI_COUNTFIX_H
 #define EDI_COUNTFIX_H
 
+#include <time.h>
+
 #include <string>
 #include <vector>
 
@@ -15,6 +17,10 @@ namespace edi {
 // `ref` in UNB (element 5) and UNZ (element 2) set.  Segments the text
 // does not have are left alone.
 std::string fixcounts(const std::string &text, const std::string &ref);
+
+// The interchange with the date and time of UNB (element 4) set to
+// `when` in UTC, for output that is the same at every run.
+std::string setdate(const std::string &text, time_t when);
 
 // One interchange from several that the module wrote with the same UNA and
 // UNB: the header of the first, the messages of all, the UNZ of the first.

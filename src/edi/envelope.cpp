@@ -1,5 +1,7 @@
 #include "envelope.h"
 
+#include <stdio.h>
+
 #include "segments.h"
 
 namespace edi {
@@ -17,6 +19,22 @@ std::string joinelements(const std::vector<std::string> &els, const Syntax &sx, 
     if (term)
         s += sx.seg;
     return s;
+}
+
+// Bytes outside printable ASCII as \xNN, so that a message stays one line.
+std::string printable(const std::string &s)
+{
+    std::string out;
+    for (unsigned char c : s) {
+        if (c >= 0x20 && c < 0x7f) {
+            out += static_cast<char>(c);
+        } else {
+            char buf[8];
+            snprintf(buf, sizeof buf, "\\x%02x", c);
+            out += buf;
+        }
+    }
+    return out;
 }
 
 std::string element(const std::vector<std::string> &els, size_t i)
@@ -118,7 +136,7 @@ std::vector<Unit> prepareenvelope(const std::string &text, EnvelopeNotes &notes)
             continue;
         Interchange &ic = ics.back();
         if (!ic.tail.empty()) {
-            fault("segment " + s.tag + " stands behind the trailer UNZ; remove it");
+            fault("'" + printable(seg.substr(0, 20)) + "' stands behind the trailer UNZ; remove it");
             continue;
         }
         if (s.tag == "UNG") {

@@ -1,5 +1,7 @@
 #include "explain.h"
 
+#include <string.h>
+
 #include "segments.h"
 
 namespace edi {
@@ -38,9 +40,11 @@ std::string explainread(const std::vector<std::string> &modlines, const std::str
         segs.erase(segs.begin());
     std::string firsttag = segs.size() > 0 ? segs[0].tag : "";
     std::string secondtag = segs.size() > 1 ? segs[1].tag : "";
-    bool hasunh = false;
-    for (const Segment &s : segs)
+    bool hasunh = false, spaced = false;
+    for (const Segment &s : segs) {
         hasunh = hasunh || s.tag == "UNH";
+        spaced = spaced || (s.begin < s.end && strchr("\r\n\t ", text[s.begin]) != nullptr);
+    }
     if (has(modlines, "is not an edi-file")) {
         if (length < 9)
             return "the file is empty or too short to hold an interchange; check that the "
@@ -57,6 +61,9 @@ std::string explainread(const std::vector<std::string> &modlines, const std::str
     if (has(modlines, "segment terminator"))
         return "the UNA names a segment terminator outside 7-bit ASCII, which can end no "
                "segment; correct the UNA.";
+    if ((has(modlines, "no sender") || has(modlines, "no doctype")) && spaced)
+        return "line ends or blanks stand between the segments, and the module reads them as "
+               "the start of the next segment's tag; read the file without --raw.";
     if (has(modlines, "no sender")) {
         if (firsttag != "UNB")
             return "the interchange does not begin with a UNB segment (found " +

@@ -169,7 +169,7 @@ ReadResult readvdainput(const Module &mod, const Options &opt, datatree_t *confi
                 std::string type = lines[n - 1].substr(0, 3);
                 fprintf(stderr, "%s: line %ld: record type %s is not in the configuration\n",
                         input.c_str(), n, printable(type).c_str());
-                lost.push_back(std::to_string(n) + " (" + printable(type) + ")");
+                lost.push_back("line " + std::to_string(n) + " (" + printable(type) + ")");
             }
         } else if (modulemessage(l)) {
             std::string where;
@@ -177,7 +177,7 @@ ReadResult readvdainput(const Module &mod, const Options &opt, datatree_t *confi
                 static_cast<size_t>(at) <= lines.size()) {
                 std::string type = printable(lines[at - 1].substr(0, 3));
                 where = "line " + std::to_string(at) + ": record " + type + ": ";
-                lost.push_back(std::to_string(at) + " (" + type + ")");
+                lost.push_back("line " + std::to_string(at) + " (" + type + ")");
             }
             fprintf(stderr, "%s: %s%s\n", input.c_str(), where.c_str(), l.c_str());
         } else if (!watch) {
@@ -195,13 +195,12 @@ ReadResult readvdainput(const Module &mod, const Options &opt, datatree_t *confi
         for (const std::string &s : lost)
             list += (list.empty() ? "" : ", ") + s;
         fprintf(stderr,
-                "%s: %zu record%s could not be placed in the tree and %s left out (line %s): "
-                "the configuration knows no such record type, or its places hold one record "
-                "of a type per call-off and one call-off per file; see docs/vda.md%s.\n",
-                input.c_str(), lost.size(), lost.size() == 1 ? "" : "s",
-                lost.size() == 1 ? "is" : "are", list.c_str(),
+                "%s: %zu record%s left out of the tree (%s): the configuration knows no such "
+                "record type, or its places hold one record of a type per call-off and one "
+                "call-off per file; see docs/vda.md%s.\n",
+                input.c_str(), lost.size(), lost.size() == 1 ? "" : "s", list.c_str(),
                 opt.keepgoing ? "" : ", or give --keep-going to accept the tree without them");
-        res.changes.push_back(std::to_string(lost.size()) + " records left out: line " + list);
+        res.changes.push_back("left out of the tree: " + list);
         if (!opt.keepgoing) {
             freedatatree(tree);
             return res;

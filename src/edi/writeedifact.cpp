@@ -182,8 +182,16 @@ Exit writeedifact(const Module &mod, const Options &opt)
     if (!ok)
         return exit_failed;
     std::string text = texts.size() == 1 ? texts[0] : joininterchanges(texts);
-    if (!opt.exact)
+    if (!opt.exact) {
         text = fixcounts(text, opt.reference.empty() ? newreference() : opt.reference);
+        // The usual convention for reproducible output: a fixed time of
+        // writing from the environment.
+        const char *epoch = getenv("SOURCE_DATE_EPOCH");
+        char *end = nullptr;
+        long long when = epoch != nullptr ? strtoll(epoch, &end, 10) : -1;
+        if (epoch != nullptr && *epoch != '\0' && *end == '\0' && when >= 0)
+            text = setdate(text, static_cast<time_t>(when));
+    }
     return writewhole(opt.output, text) ? exit_ok : exit_failed;
 }
 
