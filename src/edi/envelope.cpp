@@ -21,22 +21,6 @@ std::string joinelements(const std::vector<std::string> &els, const Syntax &sx, 
     return s;
 }
 
-// Bytes outside printable ASCII as \xNN, so that a message stays one line.
-std::string printable(const std::string &s)
-{
-    std::string out;
-    for (unsigned char c : s) {
-        if (c >= 0x20 && c < 0x7f) {
-            out += static_cast<char>(c);
-        } else {
-            char buf[8];
-            snprintf(buf, sizeof buf, "\\x%02x", c);
-            out += buf;
-        }
-    }
-    return out;
-}
-
 std::string element(const std::vector<std::string> &els, size_t i)
 {
     return i < els.size() ? els[i] : "";
@@ -51,7 +35,7 @@ std::string fixunb(std::vector<std::string> els, const Segment &s, EnvelopeNotes
     for (size_t e = 2; e <= 3 && e < els.size(); e++) {
         if (els[e].empty() || componentsof(els[e], s.sx).size() > 1)
             continue;
-        notes.changes.push_back(std::string("UNB ") + names[e - 2] + " " + els[e] +
+        notes.changes.push_back(std::string("UNB ") + names[e - 2] + " " + printable(els[e]) +
                                 " has no qualifier: read with an empty one");
         els[e] += s.sx.cmp;
         changed = true;
@@ -140,24 +124,25 @@ std::vector<Unit> prepareenvelope(const std::string &text, EnvelopeNotes &notes)
             continue;
         }
         if (s.tag == "UNG") {
-            notes.changes.push_back("group segment taken out: " + seg);
+            notes.changes.push_back("group segment taken out: " + printable(seg));
             ic.group = element(els, 5);
             if (ic.group.empty())
                 fault("the group header UNG has no group reference (element 5)");
             continue;
         }
         if (s.tag == "UNE") {
-            notes.changes.push_back("group segment taken out: " + seg);
+            notes.changes.push_back("group segment taken out: " + printable(seg));
             if (element(els, 2) != ic.group)
-                remark("the group trailer UNE names the group reference '" + element(els, 2) +
-                      "', its UNG '" + ic.group + "'");
+                remark("the group trailer UNE names the group reference '" +
+                       printable(element(els, 2)) + "', its UNG '" + printable(ic.group) + "'");
             continue;
         }
         if (s.tag == "UNZ") {
             ic.tail = seg;
             if (element(els, 2) != ic.reference)
-                remark("the trailer UNZ names the control reference '" + element(els, 2) +
-                      "', the header UNB '" + ic.reference + "'");
+                remark("the trailer UNZ names the control reference '" +
+                       printable(element(els, 2)) + "', the header UNB '" +
+                       printable(ic.reference) + "'");
             inmessage = false;
             continue;
         }

@@ -8,6 +8,7 @@
 #include "edihost.h"
 #include "output.h"
 #include "readinput.h"
+#include "segments.h"
 
 namespace edi {
 
@@ -65,22 +66,6 @@ long traceline(const std::string &l)
     char *end = nullptr;
     long n = strtol(l.c_str() + prefix, &end, 10);
     return strncmp(end, ": len ", 6) == 0 ? n : 0;
-}
-
-// Bytes outside printable ASCII as \xNN, so that a message stays one line.
-std::string printable(const std::string &s)
-{
-    std::string out;
-    for (unsigned char c : s) {
-        if (c >= 0x20 && c < 0x7f) {
-            out += static_cast<char>(c);
-        } else {
-            char buf[8];
-            snprintf(buf, sizeof buf, "\\x%02x", c);
-            out += buf;
-        }
-    }
-    return out;
 }
 
 // True if a node of the configuration answers the record key of `line`

@@ -1,6 +1,7 @@
 #include "segments.h"
 
 #include <ctype.h>
+#include <stdio.h>
 
 namespace edi {
 
@@ -90,6 +91,21 @@ bool holdsservice(std::string_view v, const Syntax &sx)
         if (c == sx.cmp || c == sx.dst || c == sx.rel || c == sx.seg)
             return true;
     return false;
+}
+
+std::string printable(std::string_view s)
+{
+    std::string out;
+    for (unsigned char c : s) {
+        if (c >= 0x20 && c < 0x7f) {
+            out += static_cast<char>(c);
+        } else {
+            char buf[8];
+            snprintf(buf, sizeof buf, "\\x%02x", c);
+            out += buf;
+        }
+    }
+    return out;
 }
 
 }  // namespace edi

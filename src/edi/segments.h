@@ -46,6 +46,9 @@ std::vector<std::string> componentsof(std::string_view elem, const Syntax &sx);
 // True if `c` occurs unreleased in `v`, or `v` holds the release character.
 bool holdsservice(std::string_view v, const Syntax &sx);
 
+// Bytes outside printable ASCII as \xNN, so that a message stays one line.
+std::string printable(std::string_view s);
+
 }  // namespace edi
 
 #endif

@@ -17,6 +17,47 @@ bool filler(char c, const Syntax &sx)
     return spacing(c, sx) || c == '\0' || c == '\x1a';
 }
 
+// A file wrapped at a fixed width: every line but the last has the same
+// length, and lines end inside segments.  Such line ends are no data (they
+// fall inside tags and service strings as well), so they all go.  Returns
+// the width, or 0 for a file that is not wrapped.
+size_t wrapwidth(std::string_view in)
+{
+    std::string joined;
+    std::vector<std::string_view> lines;
+    for (size_t pos = 0; pos < in.size();) {
+        size_t nl = in.find('\n', pos);
+        size_t end = nl == std::string_view::npos ? in.size() : nl;
+        std::string_view line = in.substr(pos, end - pos);
+        if (!line.empty() && line.back() == '\r')
+            line.remove_suffix(1);
+        lines.push_back(line);
+        joined.append(line);
+        pos = nl == std::string_view::npos ? in.size() : nl + 1;
+    }
+    if (!lines.empty() && lines.back().empty())
+        lines.pop_back();
+    if (lines.size() < 3)
+        return 0;
+    // A line's width in bytes, or in characters of UTF-8 text (the wrapping
+    // program may have counted either).
+    auto fits = [](std::string_view line, size_t width) {
+        size_t chars = 0;
+        for (char c : line)
+            chars += (static_cast<unsigned char>(c) & 0xC0) != 0x80;
+        return line.size() == width || chars == width;
+    };
+    Syntax sx = syntaxof(joined);
+    size_t width = lines[0].size();
+    bool inside = false;
+    for (size_t i = 0; i + 1 < lines.size(); i++) {
+        if (!fits(lines[i], width) || width == 0)
+            return 0;
+        inside = inside || lines[i].back() != sx.seg;
+    }
+    return inside && lines.back().size() <= width ? width : 0;
+}
+
 }  // namespace
 
 std::vector<std::string> TransportNotes::describe() const
@@ -28,6 +69,9 @@ std::vector<std::string> TransportNotes::describe() const
         out.push_back(std::to_string(between) + " line-end or blank bytes between segments taken out");
     if (trailing > 0)
         out.push_back(std::to_string(trailing) + " bytes behind the last segment taken off");
+    if (wrapped > 0)
+        out.push_back("wrapped at " + std::to_string(wrapped) +
+                      " characters a line: every line end taken out");
     return out;
 }
 
@@ -46,6 +90,13 @@ std::string striptransport(const std::string &bytes, TransportNotes &notes)
         lead++;
     notes.between += lead;
     in.remove_prefix(lead);
+    std::string unwrapped;
+    if ((notes.wrapped = wrapwidth(in)) > 0) {
+        for (char c : in)
+            if (c != '\r' && c != '\n')
+                unwrapped += c;
+        in = unwrapped;
+    }
     Syntax sx;
     std::string out;
     out.reserve(in.size());
