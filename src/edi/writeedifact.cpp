@@ -61,6 +61,16 @@ const char *messagename(const datatree_t *config)
                : "";
 }
 
+// True if a child of the configuration's root bears `name`: the writer
+// walks the configuration, so a tree node of another name is never written.
+bool describes(const datatree_t *config, const std::string &name)
+{
+    for (const datatree_t *tp = config->child; tp != nullptr; tp = tp->next)
+        if (tp->xmltag != nullptr && name == tp->xmltag)
+            return true;
+    return false;
+}
+
 // A private folder for the module's output; removed with what is in it.
 struct Scratch {
     std::string folder, file;
@@ -141,9 +151,19 @@ Exit writeedifact(const Module &mod, const Options &opt)
     std::vector<std::string> texts;
     bool ok = true;
     std::vector<Run> runs = messageruns(tree);
-    if (configs.size() == 1 || runs.size() <= 1) {
+    if (configs.size() == 1) {
+        for (const Run &r : runs) {
+            if (!describes(configs[0], r.name)) {
+                fprintf(stderr,
+                        "%s: the tree holds %s, which the configuration does not describe, so "
+                        "it would be left out; give its outbound configuration with one more "
+                        "--config.\n",
+                        opt.inputs[0].c_str(), r.name.c_str());
+                ok = false;
+            }
+        }
         std::string text;
-        ok = writeonce(mod, opt, tree, configs.back(), text);
+        ok = ok && writeonce(mod, opt, tree, configs[0], text);
         texts.push_back(text);
     } else {
         datatree_t *children = tree->child;
