@@ -61,6 +61,12 @@ std::string explainread(const std::vector<std::string> &modlines, const std::str
     if (has(modlines, "segment terminator"))
         return "the UNA names a segment terminator outside 7-bit ASCII, which can end no "
                "segment; correct the UNA.";
+    bool oneline = segs.size() == 1 && !segs[0].terminated;
+    if ((has(modlines, "no sender") || has(modlines, "no doctype")) && oneline &&
+        text.find('\n') != std::string::npos)
+        return "the file has no segment terminator, so it is one long segment; its segments "
+               "seem to end at line ends, which only a UNA can declare (UNA:+.? and a line "
+               "end as its last character); ask the sender for a corrected file.";
     if ((has(modlines, "no sender") || has(modlines, "no doctype")) && spaced)
         return "line ends or blanks stand between the segments, and the module reads them as "
                "the start of the next segment's tag; read the file without --raw.";
