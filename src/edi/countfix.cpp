@@ -31,10 +31,23 @@ std::string setelements(std::string_view body, const Segment &s,
 
 }  // namespace
 
-std::string fixcounts(const std::string &text, const std::string &ref)
+std::string fixcounts(const std::string &text, const std::string &ref,
+                      std::vector<std::string> &changes)
 {
     std::string out;
     long insegs = 0, messages = 0;
+    // The segment with its elements set, and a note for each that changed.
+    auto set = [&](std::string_view body, const Segment &s,
+                   const std::vector<std::pair<size_t, std::string>> &values) {
+        std::vector<std::string> els = elementsof(body, s.sx);
+        for (const auto &[index, value] : values) {
+            std::string old = index < els.size() ? els[index] : "";
+            if (old != value)
+                changes.push_back(s.tag + " element " + std::to_string(index) + ": " +
+                                  printable(old) + " -> " + printable(value));
+        }
+        out += setelements(body, s, values);
+    };
     for (const Segment &s : cutsegments(text)) {
         std::string_view body = segmentbody(text, s);
         if (s.tag == "UNH") {
@@ -43,11 +56,11 @@ std::string fixcounts(const std::string &text, const std::string &ref)
         }
         insegs++;
         if (s.tag == "UNT")
-            out += setelements(body, s, {{1, std::to_string(insegs)}});
+            set(body, s, {{1, std::to_string(insegs)}});
         else if (s.tag == "UNZ")
-            out += setelements(body, s, {{1, std::to_string(messages)}, {2, ref}});
+            set(body, s, {{1, std::to_string(messages)}, {2, ref}});
         else if (s.tag == "UNB")
-            out += setelements(body, s, {{5, ref}});
+            set(body, s, {{5, ref}});
         else
             out += text.substr(s.begin, s.end - s.begin);
     }

@@ -15,8 +15,10 @@ namespace edi {
 
 // The interchange `text` with UNT counts, UNZ count and the reference
 // `ref` in UNB (element 5) and UNZ (element 2) set.  Segments the text
-// does not have are left alone.
-std::string fixcounts(const std::string &text, const std::string &ref);
+// does not have are left alone.  Each value that changed is noted in
+// `changes` ("UNT element 1: 35 -> 34").
+std::string fixcounts(const std::string &text, const std::string &ref,
+                      std::vector<std::string> &changes);
 
 // The interchange with the date and time of UNB (element 4) set to
 // `when` in UTC, for output that is the same at every run.

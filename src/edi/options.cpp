@@ -48,14 +48,15 @@ const CommandHelp helps[] = {
              "result per input.  -j N reads N inputs at once in processes of\n"
              "their own and ends with a summary.\n"},
     {"write", "usage: edi write TREE --config FILE... --sender ID --recipient ID\n"
-              "                 [--test] [--reference REF | --exact] -o OUT\n"
+              "                 [--test] [--reference REF | --exact] [--verbose] -o OUT\n"
               "\n"
               "Writes the tree (tree text or JSON, told apart by content) as one\n"
               "EDIFACT interchange with the outbound configuration FILE (given\n"
               "several times: one per message type of the tree).  --test marks the\n"
               "interchange as a test.  UNT and UNZ counts are corrected and UNB and\n"
-              "UNZ get the control reference REF or a generated unique one;\n"
-              "--exact keeps the module's output as it is.\n"},
+              "UNZ get the control reference REF or a generated unique one\n"
+              "(--verbose lists each change); --exact keeps the module's output\n"
+              "as it is.\n"},
     {"vda-read", "usage: edi vda-read INPUT... --config FILE [--format tree|json]\n"
                  "                    [--raw] [--keep-going] [--verbose] [-j N] [-o OUT]\n"
                  "\n"

@@ -203,7 +203,10 @@ Exit writeedifact(const Module &mod, const Options &opt)
         return exit_failed;
     std::string text = texts.size() == 1 ? texts[0] : joininterchanges(texts);
     if (!opt.exact) {
-        text = fixcounts(text, opt.reference.empty() ? newreference() : opt.reference);
+        std::vector<std::string> changes;
+        text = fixcounts(text, opt.reference.empty() ? newreference() : opt.reference, changes);
+        if (opt.verbose)
+            printprefixed(opt.output, changes);
         // The usual convention for reproducible output: a fixed time of
         // writing from the environment.
         const char *epoch = getenv("SOURCE_DATE_EPOCH");
