@@ -162,7 +162,6 @@ std::vector<Unit> prepareenvelope(const std::string &text, EnvelopeNotes &notes)
     }
     if (!ics.empty() && ics.back().tail.empty())
         remark("no trailer UNZ at the end of the file");
-    notes.interchanges = static_cast<int>(ics.size());
 
     bool mixed = false;
     std::string type0;
@@ -172,7 +171,6 @@ std::vector<Unit> prepareenvelope(const std::string &text, EnvelopeNotes &notes)
                 type0 = m.type;
             mixed = mixed || m.type != type0;
         }
-    notes.split = ics.size() > 1 || mixed;
 
     std::vector<Unit> units;
     for (size_t i = 0; i < ics.size(); i++) {

@@ -21,8 +21,7 @@ struct Unit {
 
 struct EnvelopeNotes {
     std::vector<std::string> changes;  // one line per change, for the user
-    int interchanges = 0, messages = 0;
-    bool split = false;                // more than one working copy
+    int messages = 0;                  // UNH segments in the file
     std::vector<std::string> faults;   // what makes the envelope unacceptable
 };
 

@@ -85,14 +85,6 @@ std::vector<std::string> componentsof(std::string_view elem, const Syntax &sx)
     return cut(elem, sx.cmp, sx.rel);
 }
 
-bool holdsservice(std::string_view v, const Syntax &sx)
-{
-    for (char c : v)
-        if (c == sx.cmp || c == sx.dst || c == sx.rel || c == sx.seg)
-            return true;
-    return false;
-}
-
 std::string printable(std::string_view s)
 {
     std::string out;

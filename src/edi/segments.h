@@ -43,9 +43,6 @@ std::vector<std::string> elementsof(std::string_view seg, const Syntax &sx);
 // The components of one element, cut at unreleased component separators.
 std::vector<std::string> componentsof(std::string_view elem, const Syntax &sx);
 
-// True if `c` occurs unreleased in `v`, or `v` holds the release character.
-bool holdsservice(std::string_view v, const Syntax &sx);
-
 // Bytes outside printable ASCII as \xNN, so that a message stays one line.
 std::string printable(std::string_view s);
 
