@@ -76,7 +76,7 @@ void droptrailers(datatree_t *tree)
 datatree_t *readworkingcopy(const Module &mod, const Options &opt, datatree_t *config,
                             const std::string &name, const std::string &text, envelope_t **ev)
 {
-    (void)opt;
+    (void)opt;  // the options a choice of configuration by the working copy's UNH would use
     std::vector<char> fn = writable(name);
     edihost_setinput(name.c_str(), text.data(), text.size());
     datatree_t *tree = mod.edifactread(fn.data(), ev, config, nullptr);
