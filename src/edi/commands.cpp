@@ -8,13 +8,13 @@
 #include <vector>
 
 #include "edihost.h"
-#include "joinlines.h"
+#include "batch.h"
 #include "jsontree.h"
 #include "output.h"
+#include "readinput.h"
+#include "writeedifact.h"
 
 namespace edi {
-
-namespace {
 
 // A tree file in the tree text format or JSON, told apart by its first
 // character that is not white space.
@@ -28,6 +28,8 @@ datatree_t *loadtree(const std::string &path)
         return jsontotree(text, path);
     return edihost_parsetree(text.data(), text.size(), path.c_str());
 }
+
+namespace {
 
 std::string treetext(const datatree_t *tree)
 {
@@ -71,69 +73,100 @@ void droptrailers(datatree_t *tree)
 
 }  // namespace
 
-Exit readcommand(const Module &mod, const Options &opt)
+datatree_t *readworkingcopy(const Module &mod, const Options &opt, datatree_t *config,
+                            const std::string &name, const std::string &text, envelope_t **ev)
+{
+    (void)opt;  // the options a choice of configuration by the working copy's UNH would use
+    std::vector<char> fn = writable(name);
+    edihost_setinput(name.c_str(), text.data(), text.size());
+    datatree_t *tree = mod.edifactread(fn.data(), ev, config, nullptr);
+    edihost_clearinput();
+    return tree;
+}
+
+Exit readone(const Module &mod, const Options &opt, const std::vector<datatree_t *> &configs,
+             const std::string &input, const std::string &out)
 {
     bool vda = opt.command == "vda-read";
-    datatree_t *config = nullptr;
-    if (!opt.config.empty()) {
-        config = edihost_readtree(opt.config.c_str());
-        if (config == nullptr)
-            return exit_failed;
+    ReadResult res = vda ? readvdainput(mod, opt, configs.back(), input)
+                         : readedifactinput(mod, opt, configs, input);
+    if (res.tree == nullptr)
+        return exit_failed;
+    const char *key = res.keys.empty() ? nullptr : res.keys[0].c_str();
+    std::string text;
+    if (opt.format == "json") {
+        JsonMeta meta;
+        if (!res.changes.empty())
+            meta.emplace_back("changes", res.changes);
+        if (res.keys.size() > 1)
+            meta.emplace_back("keys", res.keys);
+        text = treetojson(res.tree, key, meta);
+    } else {
+        text = treetext(res.tree);
+        for (const std::string &k : res.keys)
+            fprintf(stderr, "edi: %s: key %s\n", input.c_str(), k.c_str());
     }
+    freedatatree(res.tree);
+    return writewhole(out, text) ? exit_ok : exit_failed;
+}
+
+Exit readcommand(const Module &mod, const Options &opt)
+{
+    // Without --config the module chooses by the service configurations:
+    // one NULL configuration stands for that.
+    std::vector<datatree_t *> configs;
+    auto release = [&configs] {
+        for (datatree_t *c : configs)
+            if (c != nullptr)
+                freedatatree(c);
+    };
+    for (const std::string &c : opt.configs) {
+        configs.push_back(edihost_readtree(c.c_str()));
+        if (configs.back() == nullptr) {
+            release();
+            return exit_failed;
+        }
+    }
+    if (configs.empty())
+        configs.push_back(nullptr);
     if (!opt.servconf.empty() && edihost_loadservconf(opt.servconf.c_str()) != 0) {
-        if (config != nullptr)
-            freedatatree(config);
+        release();
         return exit_failed;
     }
 
-    bool tofolder = opt.inputs.size() > 1 && !opt.output.empty();
+    std::vector<std::string> inputs = expandinputs(opt.inputs);
+    bool fromfolder = false;
+    for (const std::string &in : opt.inputs)
+        fromfolder = fromfolder || isfolder(in);
+    bool tofolder =
+        !opt.output.empty() && (inputs.size() > 1 || fromfolder || isfolder(opt.output));
+    Exit status = exit_ok;
     if (tofolder && !isfolder(opt.output)) {
         fprintf(stderr, "edi: %s: not a folder (several inputs need a folder for -o)\n",
                 opt.output.c_str());
-        if (config != nullptr)
-            freedatatree(config);
-        return exit_usage;
-    }
-
-    Exit status = exit_ok;
-    for (const std::string &input : opt.inputs) {
-        std::unique_ptr<JoinedCopy> joined;
-        if (opt.joinlines) {
-            joined = std::make_unique<JoinedCopy>(input);
-            if (joined->path().empty()) {
-                status = exit_failed;
-                continue;
-            }
-        }
-        std::vector<char> fn = writable(joined ? joined->path() : input);
-        envelope_t *ev = nullptr;
-        datatree_t *tree = vda ? mod.vdaread(fn.data(), &ev, config, nullptr)
-                               : mod.edifactread(fn.data(), &ev, config, nullptr);
-        if (tree == nullptr) {
-            status = exit_failed;
-            continue;
-        }
-        const char *key = ev != nullptr ? ev->servconftag : nullptr;
-        std::string text = opt.format == "json" ? treetojson(tree, key) : treetext(tree);
-        if (key != nullptr && opt.format != "json")
-            fprintf(stderr, "edi: %s: key %s\n", input.c_str(), key);
-        std::string out = tofolder ? infolder(opt.output, input, opt.format) : opt.output;
-        if (!writewhole(out, text))
-            status = exit_failed;
-        freedatatree(tree);
-        if (ev != nullptr) {
-            free(ev->servconftag);
-            free(ev);
+        status = exit_usage;
+    } else if (opt.jobs > 0) {
+        status = readbatch(inputs, opt, [&](const std::string &input) {
+            return readone(mod, opt, configs, input,
+                           tofolder ? infolder(opt.output, input, opt.format) : opt.output);
+        });
+    } else {
+        for (const std::string &input : inputs) {
+            Exit rc = readone(mod, opt, configs, input,
+                              tofolder ? infolder(opt.output, input, opt.format) : opt.output);
+            if (rc != exit_ok)
+                status = rc;
         }
     }
-    if (config != nullptr)
-        freedatatree(config);
+    release();
     edihost_clearservconf();
     return status;
 }
 
 Exit writecommand(const Module &mod, const Options &opt)
 {
+    if (opt.command == "write")
+        return writeedifact(mod, opt);
     datatree_t *config = edihost_readtree(opt.config.c_str());
     if (config == nullptr)
         return exit_failed;

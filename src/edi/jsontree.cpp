@@ -189,13 +189,19 @@ datatree_t *jsontonode(const json &j, int depth)
 
 }  // namespace
 
-std::string treetojson(const datatree_t *tree, const char *key)
+std::string treetojson(const datatree_t *tree, const char *key, const JsonMeta &meta)
 {
     json doc;
     doc["format"] = "ediprot-tree";
     doc["version"] = 1;
     if (key != nullptr)
         doc["key"] = bytestoutf8(key);
+    for (const auto &[name, texts] : meta) {
+        json arr = json::array();
+        for (const std::string &t : texts)
+            arr.push_back(bytestoutf8(t.c_str()));
+        doc[name] = std::move(arr);
+    }
     if (tree == nullptr) {
         doc["tree"] = nullptr;
     } else if (tree->next == nullptr) {

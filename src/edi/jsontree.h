@@ -13,15 +13,22 @@
 #define EDI_JSONTREE_H
 
 #include <string>
+#include <utility>
+#include <vector>
 
 #include "ediprot.h"
 
 namespace edi {
 
+// Further fields of the document, each an array of texts: what the command
+// changed in its working copy ("changes"), the keys of several working
+// copies ("keys").  A reader of the document ignores them.
+using JsonMeta = std::vector<std::pair<std::string, std::vector<std::string>>>;
+
 // The document for `tree` (one root, or a chain when tree->next is set):
-// {"format": "ediprot-tree", "version": 1, "key": ..., "tree": node-or-array}.
+// {"format": "ediprot-tree", "version": 1, "key": ..., meta..., "tree": node-or-array}.
 // `key` is left out when NULL.
-std::string treetojson(const datatree_t *tree, const char *key);
+std::string treetojson(const datatree_t *tree, const char *key, const JsonMeta &meta = {});
 
 // Parses a document made by treetojson (or a bare node object / array).
 // On error writes "NAME: reason" to stderr and returns NULL.

@@ -1,5 +1,6 @@
 #include "options.h"
 
+#include <ctype.h>
 #include <stdio.h>
 #include <stdlib.h>
 #include <string.h>
@@ -31,28 +32,38 @@ const CommandHelp helps[] = {
          "\n"
          "exit status: 0 success, 1 the conversion failed, 2 usage error.\n"
          "'edi COMMAND --help' describes a command.\n"},
-    {"read", "usage: edi read INPUT... [--servconf FILE | --config FILE]\n"
-             "                [--format tree|json] [--join-lines] [-o OUT]\n"
+    {"read", "usage: edi read INPUT... [--servconf FILE | --config FILE...]\n"
+             "                [--format tree|json] [--raw] [--verbose] [-j N] [-o OUT]\n"
              "\n"
              "Reads each EDIFACT interchange into a tree.  The configuration is\n"
              "chosen by the file's document type and sender from the service\n"
-             "configurations of --servconf, or given directly with --config.\n"
-             "The key doctype_sender is reported on stderr (tree format) or in\n"
-             "the \"key\" field (json).  With several INPUT files and -o, OUT is a\n"
-             "folder that receives one result per input.  --join-lines reads a\n"
-             "copy of each INPUT without its CR and LF bytes, for interchanges\n"
-             "written one segment a line (messages then name the copy).\n"},
-    {"write", "usage: edi write TREE --config FILE --sender ID --recipient ID\n"
-              "                 [--test] -o OUT\n"
+             "configurations of --servconf, or given with --config (given several\n"
+             "times: one per message type).  The module reads a working copy:\n"
+             "without byte-order mark and line ends between segments, a sender\n"
+             "without qualifier given an empty one, group segments taken out, one\n"
+             "copy per interchange and message type; --verbose lists the changes,\n"
+             "--raw reads the file as it is.  The key doctype_sender is reported\n"
+             "on stderr (tree format) or in the \"key\" field (json).  With several\n"
+             "INPUT files or a folder and -o, OUT is a folder that receives one\n"
+             "result per input.  -j N reads N inputs at once in processes of\n"
+             "their own and ends with a summary.\n"},
+    {"write", "usage: edi write TREE --config FILE... --sender ID --recipient ID\n"
+              "                 [--test] [--reference REF | --exact] [--verbose] -o OUT\n"
               "\n"
               "Writes the tree (tree text or JSON, told apart by content) as one\n"
-              "EDIFACT interchange with the outbound configuration FILE.  --test\n"
-              "marks the interchange as a test.\n"},
+              "EDIFACT interchange with the outbound configuration FILE (given\n"
+              "several times: one per message type of the tree).  --test marks the\n"
+              "interchange as a test.  UNT and UNZ counts are corrected and UNB and\n"
+              "UNZ get the control reference REF or a generated unique one\n"
+              "(--verbose lists each change); --exact keeps the module's output\n"
+              "as it is.\n"},
     {"vda-read", "usage: edi vda-read INPUT... --config FILE [--format tree|json]\n"
-                 "                    [-o OUT]\n"
+                 "                    [--raw] [--keep-going] [--verbose] [-j N] [-o OUT]\n"
                  "\n"
                  "Reads each VDA record file into a tree with the configuration FILE.\n"
-                 "With several INPUT files and -o, OUT is a folder.\n"},
+                 "A file without any VDA record is refused.  Records the configuration\n"
+                 "cannot place are listed and fail the read unless --keep-going.\n"
+                 "With several INPUT files or a folder and -o, OUT is a folder.\n"},
     {"vda-write", "usage: edi vda-write TREE --config FILE -o OUT\n"
                   "\n"
                   "Writes the tree (tree text or JSON) as a VDA record file with its\n"
@@ -97,12 +108,38 @@ bool parseoptions(int argc, char **argv, Options &opt)
             return 0;
         };
         int r = 0;
-        std::string trace;
-        if ((r = value("--servconf", opt.servconf)) || (r = value("--config", opt.config)) ||
-            (r = value("--format", opt.format)) || (r = value("-o", opt.output)) ||
-            (r = value("--output", opt.output))) {
+        std::string trace, jobs;
+        if ((r = value("--servconf", opt.servconf)) || (r = value("--format", opt.format)) ||
+            (r = value("-o", opt.output)) || (r = value("--output", opt.output)) ||
+            (r = value("--reference", opt.reference))) {
             if (r < 0)
                 return false;
+        } else if ((r = value("--config", opt.config))) {
+            if (r < 0)
+                return false;
+            opt.configs.push_back(opt.config);
+        } else if ((r = value("-j", jobs)) || (r = value("--jobs", jobs))) {
+            if (r < 0)
+                return false;
+            char *end = nullptr;
+            long v = strtol(jobs.c_str(), &end, 10);
+            if (jobs.empty() || *end != '\0' || v < 1 || v > 256)
+                return usage("-j takes a number of processes from 1 to 256, not '%s'", jobs.c_str());
+            opt.jobs = static_cast<int>(v);
+        } else if (a.size() > 2 && a.compare(0, 2, "-j") == 0 && isdigit(static_cast<unsigned char>(a[2]))) {
+            char *end = nullptr;
+            long v = strtol(a.c_str() + 2, &end, 10);
+            if (*end != '\0' || v < 1 || v > 256)
+                return usage("-j takes a number of processes from 1 to 256, not '%s'", a.c_str() + 2);
+            opt.jobs = static_cast<int>(v);
+        } else if (a == "--raw") {
+            opt.raw = true;
+        } else if (a == "--verbose" || a == "-v") {
+            opt.verbose = true;
+        } else if (a == "--keep-going") {
+            opt.keepgoing = true;
+        } else if (a == "--exact") {
+            opt.exact = true;
         } else if ((r = value("--sender", opt.sender))) {
             if (r < 0)
                 return false;
@@ -164,6 +201,12 @@ bool parseoptions(int argc, char **argv, Options &opt)
         return usage("%s needs --config FILE", "vda-read");
     if (opt.joinlines && opt.command != "read")
         return usage("%s--join-lines is an option of read only", "");
+    if (opt.jobs > 0 && writing)
+        return usage("%s-j is an option of read and vda-read", "");
+    if (opt.command != "write" && (opt.exact || !opt.reference.empty()))
+        return usage("%s--exact and --reference are options of write", "");
+    if (!opt.reference.empty() && opt.reference.size() > 14)
+        return usage("--reference takes at most 14 characters, not '%s'", opt.reference.c_str());
     if (opt.command == "read" && !opt.config.empty() && !opt.servconf.empty())
         return usage("%sgive either --servconf or --config, not both", "");
     return true;

@@ -20,7 +20,14 @@ struct Options {
     std::string sender, recipient;    // --sender, --recipient
     bool havesender = false, haverecipient = false;
     bool test = false;                // --test
-    bool joinlines = false;           // --join-lines
+    bool joinlines = false;           // --join-lines (what read always does now)
+    bool raw = false;                 // --raw: the module gets the file as it is
+    bool verbose = false;             // --verbose: report what the working copy changed
+    bool keepgoing = false;           // --keep-going: records left out are no failure
+    bool exact = false;               // --exact: the module's output untouched
+    std::string reference;            // --reference REF for UNB and UNZ
+    int jobs = 0;                     // -j N: N processes; 0 without -j
+    std::vector<std::string> configs; // every --config given, in order
     int trace = -1;                   // --trace LEVEL, -1 if not given
     bool help = false, version = false;
 };

@@ -90,9 +90,14 @@ bool isfolder(const std::string &path)
 
 bool readwhole(const std::string &path, std::string &text)
 {
+    // An input's name comes first, as in every message about an input.
+    auto fail = [&path](const char *reason) {
+        fprintf(stderr, "%s: cannot be read: %s\n", path.c_str(), reason);
+        return false;
+    };
     FILE *fp = fopen(path.c_str(), "rb");
     if (fp == nullptr)
-        return fail(path, strerror(errno));
+        return fail(strerror(errno));
     char buf[65536];
     size_t n;
     text.clear();
@@ -101,7 +106,7 @@ bool readwhole(const std::string &path, std::string &text)
     bool ok = !ferror(fp);
     fclose(fp);
     if (!ok)
-        return fail(path, "read error");
+        return fail(isfolder(path) ? "it is a folder" : "read error");
     return true;
 }
 

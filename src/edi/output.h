@@ -17,7 +17,8 @@ std::string infolder(const std::string &folder, const std::string &input,
 
 bool isfolder(const std::string &path);
 
-// The whole content of a file; on failure "edi: PATH: reason" and false.
+// The whole content of a file; on failure "PATH: cannot be read: reason"
+// and false.
 bool readwhole(const std::string &path, std::string &text);
 
 }  // namespace edi

@@ -58,6 +58,19 @@ int edihost_loadservconf(const char *fn);
  * entry that getservconf returned before is gone.  Also run at exit. */
 void edihost_clearservconf(void);
 
+/* Makes tmpfopen(name, mode) with a mode that begins with 'r' read the
+ * `len` bytes at `data` instead of the file `name` (exact comparison of the
+ * name).  A host hands the module a prepared working copy of a file this
+ * way, and the module's messages still name the file.  `data` is not
+ * copied and must stay valid until edihost_clearinput; a new call replaces
+ * the previous one.  Other names and modes open files as before. */
+void edihost_setinput(const char *name, const char *data, size_t len);
+void edihost_clearinput(void);
+
+/* The stream for `name` set by edihost_setinput, or NULL when `name` or
+ * `mode` is not the one set. */
+FILE *edihost_openinput(const char *name, const char *mode);
+
 /* Aborts with "edihost: out of memory". */
 void edihost_outofmemory(void);
 

@@ -156,6 +156,8 @@ char *pathfornode(datatree_t *node, int flag)
 
 FILE *tmpfopen(char *name, char *mode)
 {
+    if (FILE *fp = edihost_openinput(name, mode))
+        return fp;
     return fopen(name, mode);
 }
 

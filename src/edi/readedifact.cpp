@@ -1,0 +1,139 @@
+#include <stdio.h>
+#include <stdlib.h>
+
+#include "capture.h"
+#include "edihost.h"
+#include "envelope.h"
+#include "explain.h"
+#include "output.h"
+#include "readinput.h"
+#include "transport.h"
+
+namespace edi {
+
+namespace {
+
+void freeenvelope(envelope_t *ev)
+{
+    if (ev != nullptr) {
+        free(ev->servconftag);
+        free(ev);
+    }
+}
+
+// Messages of one type in a row, read from several working copies, are
+// numbered 1, 2, ... again, as one read of them all would number them, so
+// that the writer finds each under its number.
+void renumbermessages(datatree_t *root)
+{
+    const char *last = nullptr;
+    int n = 0;
+    for (datatree_t *tp = root->child; tp != nullptr; tp = tp->next) {
+        if (tp->xmltag == nullptr || tp->xmltag[0] != '*')
+            continue;
+        n = last != nullptr && std::string(last) == tp->xmltag ? n + 1 : 1;
+        tp->loopcnt = n;
+        last = tp->xmltag;
+    }
+}
+
+// The configuration for messages of `msgtype` (ORDERS:D:96A:UN): the only
+// one, or the one whose message node is named after the type.
+datatree_t *configfor(const std::vector<datatree_t *> &configs, const std::string &msgtype)
+{
+    if (configs.size() == 1)
+        return configs[0];
+    std::string type = msgtype.substr(0, msgtype.find(':'));
+    for (datatree_t *c : configs) {
+        const char *name = c->child != nullptr ? c->child->xmltag : nullptr;
+        if (name != nullptr && (name[0] == '*' || name[0] == '$') && type == name + 1)
+            return c;
+    }
+    return nullptr;
+}
+
+}  // namespace
+
+ReadResult readedifactinput(const Module &mod, const Options &opt,
+                            const std::vector<datatree_t *> &configs, const std::string &input)
+{
+    ReadResult res;
+    std::string bytes;
+    if (!readwhole(input, bytes))
+        return res;
+
+    std::vector<Unit> units;
+    if (opt.raw) {
+        units.emplace_back();
+        units.back().text = bytes;
+    } else {
+        TransportNotes tn;
+        std::string clean = striptransport(bytes, tn);
+        res.changes = tn.describe();
+        EnvelopeNotes en;
+        units = prepareenvelope(clean, en);
+        res.changes.insert(res.changes.end(), en.changes.begin(), en.changes.end());
+        if (opt.verbose)
+            printprefixed(input, res.changes);
+        if (!en.faults.empty()) {
+            for (const std::string &f : en.faults)
+                fprintf(stderr, "%s: %s.\n", input.c_str(), f.c_str());
+            fprintf(stderr, "%s: the envelope is broken, so the file is not read; ask the sender "
+                            "for a corrected file (--raw hands it to the module as it is).\n",
+                    input.c_str());
+            return ReadResult{nullptr, {}, res.changes};
+        }
+    }
+
+    datatree_t *combined = nullptr;
+    datatree_t **tail = nullptr;
+    for (const Unit &u : units) {
+        datatree_t *config = configfor(configs, u.msgtype);
+        if (config == nullptr && configs.size() > 1) {
+            fprintf(stderr, "%s: no configuration given for the message type %s (%s); give its "
+                            "configuration with one more --config.\n",
+                    input.c_str(), u.msgtype.c_str(), describeunit(u).c_str());
+            if (combined != nullptr)
+                freedatatree(combined);
+            return ReadResult{nullptr, {}, res.changes};
+        }
+        envelope_t *ev = nullptr;
+        StderrCapture cap(opt.trace < 0);
+        datatree_t *tree = readworkingcopy(mod, opt, config, input, u.text, &ev);
+        std::vector<std::string> lines = cap.lines();
+        printprefixed(input, lines);
+        if (tree == nullptr) {
+            std::string where = units.size() > 1 ? " (" + describeunit(u) + ")" : "";
+            fprintf(stderr, "%s: %s%s\n", input.c_str(),
+                    explainread(lines, u.text, opt.raw).c_str(), where.c_str());
+            freeenvelope(ev);
+            if (combined != nullptr)
+                freedatatree(combined);
+            edihost_clearinput();
+            return ReadResult{nullptr, {}, res.changes};
+        }
+        if (ev != nullptr && ev->servconftag != nullptr)
+            res.keys.push_back(ev->servconftag);
+        freeenvelope(ev);
+        if (combined == nullptr) {
+            combined = tree;
+        } else {
+            // The messages go under the first root, in file order.
+            *tail = tree->child;
+            tree->child = nullptr;
+            freedatatree(tree);
+        }
+        tail = &combined->child;
+        while (*tail != nullptr)
+            tail = &(*tail)->next;
+    }
+    edihost_clearinput();
+    if (combined != nullptr && units.size() > 1) {
+        renumbermessages(combined);
+        setparents(combined, 0);
+    }
+    res.tree = combined;
+    return res;
+}
+
+}  // namespace edi

@@ -1,0 +1,221 @@
+#include "writeedifact.h"
+
+#include <stdio.h>
+#include <stdlib.h>
+#include <string.h>
+#include <unistd.h>
+
+#include <string>
+#include <vector>
+
+#include "capture.h"
+#include "commands.h"
+#include "countfix.h"
+#include "edihost.h"
+#include "explain.h"
+#include "output.h"
+#include "readinput.h"
+
+namespace edi {
+
+namespace {
+
+// The characters the writer's UNA declares; a value holding one of them
+// would break the UNB that the module writes around it.
+const char servicechars[] = "+:'?";
+
+bool refusevalue(const char *what, const std::string &v)
+{
+    if (v.find_first_of(servicechars) == std::string::npos)
+        return false;
+    fprintf(stderr,
+            "edi: %s '%s' holds a separator or the release character (+ : ' ?), which would "
+            "break the interchange header; give the identification without them.\n",
+            what, v.c_str());
+    return true;
+}
+
+struct Run {
+    datatree_t *first = nullptr, *last = nullptr;
+    std::string name;
+};
+
+// The root's children in runs of one node name, each a message type.
+std::vector<Run> messageruns(datatree_t *root)
+{
+    std::vector<Run> runs;
+    for (datatree_t *tp = root->child; tp != nullptr; tp = tp->next) {
+        std::string name = tp->xmltag != nullptr ? tp->xmltag : "";
+        if (runs.empty() || runs.back().name != name)
+            runs.push_back(Run{tp, tp, name});
+        else
+            runs.back().last = tp;
+    }
+    return runs;
+}
+
+const char *messagename(const datatree_t *config)
+{
+    return config != nullptr && config->child != nullptr && config->child->xmltag != nullptr
+               ? config->child->xmltag
+               : "";
+}
+
+// True if a child of the configuration's root bears `name`: the writer
+// walks the configuration, so a tree node of another name is never written.
+bool describes(const datatree_t *config, const std::string &name)
+{
+    for (const datatree_t *tp = config->child; tp != nullptr; tp = tp->next)
+        if (tp->xmltag != nullptr && name == tp->xmltag)
+            return true;
+    return false;
+}
+
+// A private folder for the module's output; removed with what is in it.
+struct Scratch {
+    std::string folder, file;
+    Scratch()
+    {
+        const char *tmp = getenv("TMPDIR");
+        std::string f = std::string(tmp != nullptr && *tmp != '\0' ? tmp : "/tmp") + "/edi-XXXXXX";
+        if (mkdtemp(f.data()) != nullptr) {
+            folder = f;
+            file = f + "/interchange.edi";
+        }
+    }
+    ~Scratch()
+    {
+        if (!file.empty())
+            unlink(file.c_str());
+        if (!folder.empty())
+            rmdir(folder.c_str());
+    }
+};
+
+// One call of the module; its text, or false after its messages, named by
+// the tree file, and a sentence.
+bool writeonce(const Module &mod, const Options &opt, datatree_t *tree, datatree_t *config,
+               std::string &text)
+{
+    Scratch scratch;
+    if (scratch.folder.empty()) {
+        perror("edi: temporary folder");
+        return false;
+    }
+    std::vector<char> out(scratch.file.c_str(), scratch.file.c_str() + scratch.file.size() + 1);
+    std::vector<char> sender(opt.sender.c_str(), opt.sender.c_str() + opt.sender.size() + 1);
+    std::vector<char> recipient(opt.recipient.c_str(),
+                                opt.recipient.c_str() + opt.recipient.size() + 1);
+    StderrCapture cap(opt.trace < 0);
+    int rc = mod.edifactwrite(tree, out.data(), nullptr, nullptr, config, sender.data(),
+                              recipient.data(), opt.test);
+    std::vector<std::string> lines = cap.lines();
+    const std::string &name = opt.inputs[0];
+    printprefixed(name, lines);
+    if (rc != 0) {
+        fprintf(stderr, "%s: %s\n", name.c_str(), explainwrite(lines).c_str());
+        return false;
+    }
+    return readwhole(scratch.file, text);
+}
+
+}  // namespace
+
+Exit writeedifact(const Module &mod, const Options &opt)
+{
+    if (refusevalue("--sender", opt.sender) || refusevalue("--recipient", opt.recipient) ||
+        refusevalue("--reference", opt.reference))
+        return exit_usage;
+
+    std::vector<datatree_t *> configs;
+    auto release = [&configs] {
+        for (datatree_t *c : configs)
+            freedatatree(c);
+    };
+    for (const std::string &c : opt.configs) {
+        datatree_t *cf = edihost_readtree(c.c_str());
+        if (cf == nullptr) {
+            release();
+            return exit_failed;
+        }
+        configs.push_back(cf);
+    }
+    datatree_t *tree = loadtree(opt.inputs[0]);
+    if (tree == nullptr) {
+        release();
+        return exit_failed;
+    }
+
+    // One configuration writes the whole tree; with several, each run of
+    // messages goes with the configuration of its message node.
+    std::vector<std::string> texts;
+    bool ok = true;
+    std::vector<Run> runs = messageruns(tree);
+    if (configs.size() == 1) {
+        for (const Run &r : runs) {
+            if (!describes(configs[0], r.name)) {
+                fprintf(stderr,
+                        "%s: the tree holds %s, which the configuration does not describe, so "
+                        "it would be left out; give its outbound configuration with one more "
+                        "--config.\n",
+                        opt.inputs[0].c_str(), r.name.c_str());
+                ok = false;
+            }
+        }
+        std::string text;
+        ok = ok && writeonce(mod, opt, tree, configs[0], text);
+        texts.push_back(text);
+    } else {
+        datatree_t *children = tree->child;
+        for (const Run &r : runs) {
+            datatree_t *config = nullptr;
+            for (datatree_t *c : configs)
+                if (r.name == messagename(c))
+                    config = c;
+            if (config == nullptr) {
+                fprintf(stderr,
+                        "%s: no configuration given for the messages %s; give their outbound "
+                        "configuration with one more --config.\n",
+                        opt.inputs[0].c_str(), r.name.c_str());
+                ok = false;
+                break;
+            }
+            // The run alone under the root, numbered from 1 as the writer
+            // looks its messages up; the links are restored behind.
+            datatree_t *after = r.last->next;
+            r.last->next = nullptr;
+            tree->child = r.first;
+            int n = 0;
+            for (datatree_t *tp = r.first; tp != nullptr; tp = tp->next)
+                tp->loopcnt = ++n;
+            std::string text;
+            ok = writeonce(mod, opt, tree, config, text);
+            r.last->next = after;
+            tree->child = children;
+            texts.push_back(text);
+            if (!ok)
+                break;
+        }
+    }
+    freedatatree(tree);
+    release();
+    if (!ok)
+        return exit_failed;
+    std::string text = texts.size() == 1 ? texts[0] : joininterchanges(texts);
+    if (!opt.exact) {
+        std::vector<std::string> changes;
+        text = fixcounts(text, opt.reference.empty() ? newreference() : opt.reference, changes);
+        if (opt.verbose)
+            printprefixed(opt.output, changes);
+        // The usual convention for reproducible output: a fixed time of
+        // writing from the environment.
+        const char *epoch = getenv("SOURCE_DATE_EPOCH");
+        char *end = nullptr;
+        long long when = epoch != nullptr ? strtoll(epoch, &end, 10) : -1;
+        if (epoch != nullptr && *epoch != '\0' && *end == '\0' && when >= 0)
+            text = setdate(text, static_cast<time_t>(when));
+    }
+    return writewhole(opt.output, text) ? exit_ok : exit_failed;
+}
+
+}  // namespace edi
