@@ -2,7 +2,7 @@
 # Installs the Debian packages the build needs, when any is missing.
 set -euo pipefail
 pkgs=(cmake g++ make libgtest-dev binutils nlohmann-json3-dev clang libclang-rt-14-dev
-      pkgconf dpkg-dev file)
+      pkgconf dpkg-dev file libmimalloc-dev)
 missing=()
 for p in "${pkgs[@]}"; do
   dpkg-query -W -f='${Status}' "$p" 2>/dev/null | grep -q 'install ok installed' || missing+=("$p")

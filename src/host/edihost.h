@@ -71,6 +71,13 @@ void edihost_clearinput(void);
  * `mode` is not the one set. */
 FILE *edihost_openinput(const char *name, const char *mode);
 
+/* The shared copy of the name `s` (NULL for NULL): one copy per distinct
+ * name, owned by the host until the process ends and never freed.  Every
+ * node's `file` is such a copy, so copynodeparms shares the pointer instead
+ * of duplicating the name into each of the millions of nodes a fill makes,
+ * and freedatatree leaves `file` alone. */
+char *edihost_internname(const char *s);
+
 /* Aborts with "edihost: out of memory". */
 void edihost_outofmemory(void);
 

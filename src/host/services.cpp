@@ -4,8 +4,10 @@
 #include <stdlib.h>
 #include <string.h>
 
+#include <mutex>
 #include <new>
 #include <string>
+#include <unordered_set>
 #include <vector>
 
 #include "edihost.h"
@@ -61,9 +63,26 @@ static char *dupornull(const char *s)
     return cp;
 }
 
+// Never destroyed: the names stay valid for trees freed at or after exit,
+// and the set stays reachable, so leak checkers do not report it.
+char *edihost_internname(const char *s)
+{
+    static std::mutex lock;
+    static auto *names = new std::unordered_set<std::string>;
+    if (s == nullptr)
+        return nullptr;
+    std::lock_guard<std::mutex> hold(lock);
+    try {
+        return const_cast<char *>(names->emplace(s).first->c_str());
+    } catch (const std::bad_alloc &) {
+        edihost_outofmemory();
+    }
+    return nullptr;
+}
+
 // Copies every descriptive field.  xmltag, data and the links stay as the
-// caller has them; the strings are duplicated so that the source and the
-// copy can each be freed on their own.
+// caller has them; defval and deffunc are duplicated so that the source and
+// the copy can each be freed on their own, the shared file name is not.
 void copynodeparms(datatree_t *dst, datatree_t *src, int line)
 {
     (void)line;
@@ -80,7 +99,7 @@ void copynodeparms(datatree_t *dst, datatree_t *src, int line)
     dst->edialign = src->edialign;
     dst->valid = src->valid;
     dst->line = src->line;
-    dst->file = dupornull(src->file);
+    dst->file = src->file; // shared, see edihost_internname
 }
 
 // Iterative, so that trees of any depth or width are linked without
@@ -123,7 +142,6 @@ void freedatatree(datatree_t *tree)
             free(tp->data);
             free(tp->defval);
             free(tp->deffunc);
-            free(tp->file);
             free(tp);
             tp = np;
         }

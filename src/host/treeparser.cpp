@@ -89,7 +89,7 @@ datatree_t *parsetree(const char *text, size_t len, const char *name)
                 edihost_outofmemory();
             tp->xmltag = newcopy(tag);
             tp->line = lines.lineno;
-            tp->file = newcopy(name);
+            tp->file = edihost_internname(name);
             ok = setfields(ls, tp, fields);
         }
         // Where the node goes: below the latest node when indented deeper,

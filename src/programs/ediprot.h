@@ -95,7 +95,10 @@ typedef struct datatree {
     edialign_t edialign;     /* carried, not acted on */
     int valid;               /* host's own; unused by the module */
     int line;                /* line of the configuration file */
-    char *file;              /* name of the configuration file, or NULL */
+    char *file;              /* name of the configuration file, or NULL;
+                              * owned by the host and shared between nodes:
+                              * copynodeparms copies the pointer and
+                              * freedatatree does not free it */
     struct datatree *parent; /* node above; NULL at a root */
     struct datatree *child;  /* first node of the chain below */
     struct datatree *next;   /* next node of the same chain */

@@ -5,6 +5,7 @@
 
 #include <string>
 
+#include "edihost.h"
 #include "internal.h"
 #include "testsupport.h"
 
@@ -113,7 +114,7 @@ TEST(Resolvevalue, ReportsAMissingMandatoryElementAndGoesOn)
     for (const auto &c : cases) {
         ediprot::errcnt = 3;
         Rule r(nullptr, nullptr, ef_mand);
-        r.el->file = c.file != nullptr ? strdup(c.file) : nullptr;
+        r.el->file = edihost_internname(c.file);
         if (c.tree)
             r.hold(c.data);
         std::string err = capture_stderr([&] { r.value(); });

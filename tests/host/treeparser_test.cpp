@@ -53,7 +53,7 @@ TEST(TreeParser, SetsLineFileAndParentOfEveryNode)
     EXPECT_EQ(party->next, nullptr);
     EXPECT_EQ(trailer->next, nullptr);
     EXPECT_STREQ(trailer->data, "x");
-    EXPECT_NE(root->file, orders->file) << "each node owns its file name";
+    EXPECT_EQ(root->file, orders->file) << "one shared file name";
     freedatatree(root);
 }
 
