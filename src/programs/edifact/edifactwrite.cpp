@@ -9,6 +9,7 @@
 #include <unistd.h>
 
 #include "../internal.h"
+#include "../tree/loopindex.h"
 
 namespace {
 
@@ -100,6 +101,8 @@ EDIPROT_API int edifactwrite(datatree_t *tree, char *outfile, char *enc,
                 dbuf, tbuf, reference);
 
     errcnt = 0;
+    // The traverse finds every element from the root: index long chains.
+    LoopIndexScope loopindex;
     int rc = editraverse(fp, tree, outcf, "");
     if (rc == 0 && errcnt == 0) {
         fprintf(fp, "UNZ+%.6d+%.14s'", 1, reference);

@@ -7,16 +7,69 @@
 // loopcnt; a node without children ends the search successfully even when
 // components remain; a failed descent backs out to the next sibling.
 // Path and loop string are walked in place, so any length is handled.
+//
+// While the writers' loop index is active, a long chain is searched through
+// it (only the matching siblings, in chain order); with trace level 3 on,
+// the plain walk runs so that its trace lines appear as always.
 #include <stdlib.h>
 #include <string.h>
 
 #include "../internal.h"
+#include "loopindex.h"
 
 namespace ediprot {
+
+namespace {
+
+// The indexed search: same answers as the plain walk, without its traces.
+datatree_t *indexedsearch(const char *path, const char *loop, datatree_t *tree,
+                          int *complete)
+{
+    const char *dot = strchr(path, '.');
+    size_t n = dot != nullptr ? static_cast<size_t>(dot - path) : strlen(path);
+    bool isloop = n > 0 && path[0] == '*';
+    long lct = isloop ? strtol(loop, nullptr, 10) : 0;
+    const char *lp = loop;
+    if (isloop) {
+        const char *ldot = strchr(loop, '.');
+        lp = ldot != nullptr ? ldot + 1 : "";
+    }
+    const char *pp = dot != nullptr ? dot + 1 : "";
+
+    // One candidate: a sibling whose name (and loop number) matched.
+    auto visit = [&](datatree_t *tp) -> datatree_t * {
+        if (tp->child != nullptr && dot != nullptr)
+            return indexedsearch(pp, lp, tp->child, complete);
+        if (complete != nullptr)
+            *complete = dot == nullptr;
+        return tp;
+    };
+
+    if (const std::vector<datatree_t *> *cands = loopindex_find(tree, path, n, lct)) {
+        for (datatree_t *tp : *cands)
+            if (datatree_t *found = visit(tp))
+                return found;
+        return nullptr;
+    }
+    for (datatree_t *tp = tree; tp != nullptr; tp = tp->next) {
+        if (strlen(tp->xmltag) != n || strncmp(tp->xmltag, path, n) != 0)
+            continue;
+        if (isloop && lct != tp->loopcnt)
+            continue;
+        if (datatree_t *found = visit(tp))
+            return found;
+    }
+    return nullptr;
+}
+
+}  // namespace
 
 datatree_t *searchlooppath(const char *path, const char *loop,
                            datatree_t *tree, int *complete)
 {
+    if (!trace_on(3) && !trace_low_on(3) && loopindex_active())
+        return indexedsearch(path, loop, tree, complete);
+
     const char *dot = strchr(path, '.');
     size_t n = dot != nullptr ? static_cast<size_t>(dot - path) : strlen(path);
 

@@ -5,6 +5,7 @@
 #include <string.h>
 
 #include "../internal.h"
+#include "recordindex.h"
 
 namespace ediprot {
 
@@ -62,18 +63,23 @@ int insrecord(datatree_t **head, datatree_t *record, const char *path,
 
     // Loop nodes: only the one that bears the current number of this depth
     // takes further records; any other node: the first of its name.
-    datatree_t **run = head;
-    while (*run != nullptr) {
-        datatree_t *tp = *run;
-        if (strcmp(tp->xmltag, current) == 0 && (!inloop || tp->loopcnt == loops[lvl]))
-            break;
-        run = &tp->next;
+    // While vdaread's record index is active it knows where the walk stops.
+    datatree_t **run = recordindex_find(head, current, inloop ? loops[lvl] : 0);
+    if (run == nullptr) {
+        run = head;
+        while (*run != nullptr) {
+            datatree_t *tp = *run;
+            if (strcmp(tp->xmltag, current) == 0 && (!inloop || tp->loopcnt == loops[lvl]))
+                break;
+            run = &tp->next;
+        }
     }
 
     if (*run == nullptr) {
         TRACE(2, "no run\n");
         if (current[0] == '$') {
             *run = record;
+            recordindex_appended(head);
             TRACE(2, "add record <%s> as child of <%s>\n", record->xmltag, (*head)->xmltag);
             return 0;
         }
@@ -86,6 +92,7 @@ int insrecord(datatree_t **head, datatree_t *record, const char *path,
             tp->loopcnt = loops[lvl];
             TRACE(2, "set loopcount %d at level %d\n", loops[lvl], lvl);
         }
+        recordindex_appended(head);
     }
     if (inloop)
         lvl++;

@@ -3,6 +3,7 @@
 #include <string.h>
 
 #include "../internal.h"
+#include "recordindex.h"
 
 using namespace ediprot;
 
@@ -48,6 +49,7 @@ EDIPROT_API datatree_t *vdaread(char *fn, envelope_t **evpp,
             copynodeparms(lochead, inhead, __LINE__);
             lochead->xmltag = EDI_STRSAV(inhead->xmltag);
 
+            RecordIndexScope recordindex;
             static char buf[kTextMax];
             while (fgets(buf, sizeof buf, fp) != nullptr) {
                 lct++;

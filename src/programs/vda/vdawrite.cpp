@@ -5,6 +5,7 @@
 #include <unistd.h>
 
 #include "../internal.h"
+#include "../tree/loopindex.h"
 
 using namespace ediprot;
 
@@ -53,7 +54,11 @@ EDIPROT_API int vdawrite(datatree_t *tree, char *outfile, char *enc,
     // A missing mandatory field is reported and written as blanks; it does
     // not cost the file.
     errcnt = 0;
-    vdatraverse(fp, tree, outcf, "");
+    {
+        // The traverse finds every field from the root: index long chains.
+        LoopIndexScope loopindex;
+        vdatraverse(fp, tree, outcf, "");
+    }
     errcnt = 0;
 
     incrrecs("S519");

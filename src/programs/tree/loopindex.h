@@ -1,0 +1,43 @@
+// Index of long sibling chains for the writers' lookup (searchlooppath).
+// A writer finds every element again from the root; on a chain of many
+// loop instances the plain walk makes a write quadratic.  While a
+// LoopIndexScope lives, a chain longer than kLoopIndexMin is indexed once,
+// on first use, by (name, loop number) and searchlooppath visits only the
+// siblings that match, in chain order - the same candidates the plain walk
+// would accept, so every answer stays the same.  The data tree must not
+// change while the scope lives (the writers only read it).
+#ifndef EDIPROT_LOOPINDEX_H
+#define EDIPROT_LOOPINDEX_H
+
+#include <stddef.h>
+
+#include <vector>
+
+#include "ediprot.h"
+
+namespace ediprot {
+
+// Chains of at most this many siblings keep the plain walk.
+constexpr size_t kLoopIndexMin = 32;
+
+// Makes the index available for its lifetime; nested scopes share one.
+class LoopIndexScope {
+public:
+    LoopIndexScope();
+    ~LoopIndexScope();
+    LoopIndexScope(const LoopIndexScope &) = delete;
+    LoopIndexScope &operator=(const LoopIndexScope &) = delete;
+};
+
+// True while a LoopIndexScope lives.
+bool loopindex_active();
+
+// The siblings of chain `head` named name[0..n) in chain order; for a loop
+// name ('*' first) only those whose loopcnt equals `lct`.  NULL when no
+// scope is active or the chain is short: the caller then walks the chain.
+const std::vector<datatree_t *> *loopindex_find(datatree_t *head, const char *name,
+                                                size_t n, long lct);
+
+}  // namespace ediprot
+
+#endif
