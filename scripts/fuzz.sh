@@ -3,7 +3,7 @@
 # for a fixed time.
 #   scripts/fuzz.sh [SECONDS] [TARGET...]   (default 40 seconds, all targets)
 #   FUZZ_WORK=build/fuzz/run2 scripts/fuzz.sh ...   (a second run beside one)
-# Seeds: the test data, the shared corpus, fuzz/seeds/ and every earlier
+# Seeds: the test data, the corpus under tests/data/corpus, fuzz/seeds/ and every earlier
 # finding under fuzz/regressions/.  A crash, leak, sanitizer report,
 # timeout or out-of-memory is saved under build/fuzz/findings/, printed,
 # and makes the script exit with 1 (after the other targets have run).
@@ -35,7 +35,7 @@ seed() {  # seed TARGET FILES...
   local f
   for f in "$@"; do [ -f "$f" ] && cp "$f" "$dir/" || true; done
 }
-corpus=../shared/corpus
+corpus=tests/data/corpus
 seed edifactread $corpus/edifact/* tests/data/edifact/* tests/data/edifact-out/*.edi
 seed configread fuzz/seeds/configread/*
 seed vdaread $corpus/vda/* samples/*.txt
