@@ -8,8 +8,8 @@
 #include <string>
 #include <vector>
 
+#include "autoconfig.h"
 #include "configgen.h"
-#include "locations.h"
 
 namespace edi {
 namespace {
@@ -17,14 +17,6 @@ namespace {
 const char usage_text[] =
     "usage: edi config MESSAGE DIRECTORY [--out] [-o FILE]\n"
     "       edi config --list [DIRECTORY]\n";
-
-// $EDIPROT_DIRECTORIES, else the directories folder of the data.
-std::string directoriesdir()
-{
-    if (const char *e = getenv("EDIPROT_DIRECTORIES"); e && *e)
-        return e;
-    return datadir() + "/directories";
-}
 
 }  // namespace
 
