@@ -61,7 +61,9 @@ int configcommand(int argc, char **argv)
     edihost::Directory d;
     std::string err;
     if (!d.load(dir, directory, err)) {
-        fprintf(stderr, "edi: %s\n", err.c_str());
+        auto all = edihost::directories(dir);
+        std::string have = all.empty() ? "none in " + dir : all.front() + " ... " + all.back();
+        fprintf(stderr, "edi: %s (directories: %s; edi config --list)\n", err.c_str(), have.c_str());
         return 1;
     }
     if (list) {

@@ -178,7 +178,7 @@ bool Directory::load(const std::string &dir, const std::string &directory, std::
     std::string path = dir + "/" + directory + ".json";
     std::ifstream in(path, std::ios::binary);
     if (!in) {
-        err = "directory " + directory + " not found in " + dir;
+        err = "directory " + directory + " not found";
         return false;
     }
     auto *d = new DirectoryData;
@@ -230,7 +230,10 @@ std::vector<std::string> directories(const std::string &dir)
         }
         closedir(d);
     }
-    std::sort(r.begin(), r.end());
+    // In order of publication: D93A ... D99B, then D00A ... (years 19xx first).
+    auto key = [](const std::string &n) { return (n[1] >= '9' ? "19" : "20") + n.substr(1); };
+    std::sort(r.begin(), r.end(),
+              [&](const std::string &a, const std::string &b) { return key(a) < key(b); });
     return r;
 }
 

@@ -24,7 +24,7 @@ struct Directory {
     DirectoryData *data;
 };
 
-// Directory versions present in DIR (D93A, D93B, ...), sorted.
+// Directory versions present in DIR, in order of publication (D93A ... D10B).
 std::vector<std::string> directories(const std::string &dir);
 
 }  // namespace edihost
