@@ -2,7 +2,10 @@
 // text or JSON) and back, through the ediprot module.
 #include <stdio.h>
 
+#include <string>
+
 #include "commands.h"
+#include "configcmd.h"
 #include "ediprot.h"
 #include "module.h"
 #include "options.h"
@@ -13,6 +16,9 @@
 
 int main(int argc, char **argv)
 {
+    // edi config needs neither the module nor the options of read and write.
+    if (argc > 1 && std::string(argv[1]) == "config")
+        return edi::configcommand(argc, argv);
     edi::Options opt;
     if (!edi::parseoptions(argc, argv, opt))
         return edi::exit_usage;

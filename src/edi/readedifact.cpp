@@ -1,6 +1,7 @@
 #include <stdio.h>
 #include <stdlib.h>
 
+#include "autoconfig.h"
 #include "capture.h"
 #include "edihost.h"
 #include "envelope.h"
@@ -97,9 +98,25 @@ ReadResult readedifactinput(const Module &mod, const Options &opt,
                 freedatatree(combined);
             return ReadResult{nullptr, {}, res.changes};
         }
+        // Neither --config nor --servconf: the configuration is generated
+        // from the directory the message header names.
+        datatree_t *generated = nullptr;
+        if (config == nullptr && opt.servconf.empty() && !u.msgtype.empty()) {
+            std::string err;
+            generated = configformessage(u.msgtype, false, err);
+            if (generated == nullptr) {
+                fprintf(stderr, "%s: %s\n", input.c_str(), err.c_str());
+                if (combined != nullptr)
+                    freedatatree(combined);
+                return ReadResult{nullptr, {}, res.changes};
+            }
+            config = generated;
+        }
         envelope_t *ev = nullptr;
         StderrCapture cap(opt.trace < 0);
         datatree_t *tree = readworkingcopy(mod, opt, config, input, u.text, &ev);
+        if (generated != nullptr)
+            freedatatree(generated);
         std::vector<std::string> lines = cap.lines();
         printprefixed(input, lines);
         if (tree == nullptr) {

@@ -1,0 +1,240 @@
+// Configuration trees generated from the directory data: the message is a
+// loop node, groups are loop nodes *SGn, a segment that may repeat on its
+// own stands in a loop named after its group and tag (*DTM, *SG2LOC), and a
+// repeated element or component gets a name of its own (4440_2) so that the
+// writer, which finds values by name, keeps every repetition.
+#include "configgen.h"
+
+#include <dirent.h>
+
+#include <algorithm>
+#include <fstream>
+#include <map>
+
+#include <nlohmann/json.hpp>
+
+namespace edihost {
+
+struct DirectoryData {
+    nlohmann::ordered_json j;
+    std::string name;  // D96A
+};
+
+namespace {
+
+using json = nlohmann::ordered_json;
+
+// Length from a representation: an..35 -> 35, n3 -> 3; numeric values get
+// room for a sign and a decimal mark.
+int maxlen(const std::string &repr)
+{
+    size_t i = 0;
+    while (i < repr.size() && (repr[i] == 'a' || repr[i] == 'n'))
+        i++;
+    bool numeric = repr.compare(0, i, "n") == 0;
+    while (i < repr.size() && repr[i] == '.')
+        i++;
+    int len = 0;
+    for (; i < repr.size() && repr[i] >= '0' && repr[i] <= '9' && len < 100000; i++)
+        len = len * 10 + (repr[i] - '0');
+    if (len <= 0)
+        len = 35;
+    return numeric ? len + 2 : len;
+}
+
+// Service segments of the message keep the syntax version 3 layout.
+const char *const unh_in =
+    "$UNH iseditag=1 ediforce=mand\n"
+    "  0062 edimaxlen=14\n"
+    "  S009\n"
+    "    0065 edimaxlen=6\n"
+    "    0052 edimaxlen=3\n"
+    "    0054 edimaxlen=3\n"
+    "    0051 edimaxlen=2\n"
+    "    0057 edimaxlen=6\n"
+    "  0068 edimaxlen=35\n"
+    "  S010\n"
+    "    0070 edimaxlen=4\n"
+    "    0073 edimaxlen=1\n";
+
+struct Gen {
+    const json &j;
+    bool out;
+    std::string msg, dirname;
+    std::string text;
+
+
+    std::string elemline(const std::string &name, const std::string &id)
+    {
+        auto &els = j["elements"];
+        std::string repr = els.contains(id) ? els[id].value("repr", "an..35") : "an..35";
+        return name + " edimaxlen=" + std::to_string(maxlen(repr));
+    }
+
+    // Names with _2, _3 ... for an id seen before among the same parent.
+    static std::string uniq(std::map<std::string, int> &seen, const std::string &id)
+    {
+        int n = ++seen[id];
+        return n == 1 ? id : id + "_" + std::to_string(n);
+    }
+
+    void service(int depth, const std::string &tag)
+    {
+        std::string block;
+        if (tag == "UNH") {
+            block = unh_in;
+            if (out) {
+                std::string d = dirname.substr(1);
+                auto put = [&](const std::string &key, const std::string &add) {
+                    size_t p = block.find(key);
+                    size_t e = block.find('\n', p);
+                    block.insert(e, add);
+                };
+                put("0062 edimaxlen=14", " deffunc=unhcnt ediforce=mand");
+                put("0065 edimaxlen=6", " defval=" + msg + " ediforce=mand");
+                put("0052 edimaxlen=3", " defval=D ediforce=mand");
+                put("0054 edimaxlen=3", " defval=" + d + " ediforce=mand");
+                put("0051 edimaxlen=2", " defval=UN ediforce=mand");
+            }
+        } else if (tag == "UNS") {
+            block = "$UNS iseditag=1 ediforce=mand\n  0081 edimaxlen=1";
+            block += out ? " defval=S ediforce=mand\n" : "\n";
+        } else {
+            block = "$UNT iseditag=1 ediforce=mand\n  0074 edimaxlen=8";
+            block += out ? " deffunc=seccnt ediforce=mand\n" : "\n";
+            block += "  0062 edimaxlen=14\n";
+        }
+        size_t start = 0;
+        while (start < block.size()) {
+            size_t e = block.find('\n', start);
+            text.append(size_t(depth) * 2, ' ');
+            text.append(block, start, e - start + 1);
+            start = e + 1;
+        }
+    }
+
+    void segment(int depth, const std::string &tag, bool mand)
+    {
+        if (tag == "UNH" || tag == "UNT" || tag == "UNS")
+            return service(depth, tag);
+        std::string head = "$" + tag + " iseditag=1";
+        if (mand)
+            head += " ediforce=mand";
+        text.append(size_t(depth) * 2, ' ') += head + "\n";
+        if (!j["segments"].contains(tag))
+            return;
+        std::map<std::string, int> seen;
+        for (auto &el : j["segments"][tag]["elements"]) {
+            std::string id = el.value("id", "");
+            int reps = std::clamp(el.value("max", 1), 1, 99);
+            for (int r = 0; r < reps; r++) {
+                std::string name = uniq(seen, id);
+                if (j["composites"].contains(id)) {
+                    text.append(size_t(depth + 1) * 2, ' ') += name + "\n";
+                    std::map<std::string, int> cseen;
+                    for (auto &c : j["composites"][id]["components"]) {
+                        std::string cid = c.value("id", "");
+                        text.append(size_t(depth + 2) * 2, ' ') +=
+                            elemline(uniq(cseen, cid), cid) + "\n";
+                    }
+                } else {
+                    text.append(size_t(depth + 1) * 2, ' ') += elemline(name, id) + "\n";
+                }
+            }
+        }
+    }
+
+    // Entries of a message or group; prefix names the loops of repeating
+    // segments inside a group (SG2 + LOC).
+    void entries(int depth, const json &list, const std::string &prefix, bool top)
+    {
+        for (auto &e : list) {
+            int max = e.value("max", 1);
+            bool mand = e.value("req", "C") == "M";
+            if (e.contains("group")) {
+                std::string g = e.value("group", "");
+                text.append(size_t(depth) * 2, ' ') += "*" + g + "\n";
+                entries(depth + 1, e["children"], g, false);
+            } else {
+                std::string tag = e.value("segment", "");
+                if (max != 1) {
+                    text.append(size_t(depth) * 2, ' ') += "*" + prefix + tag + "\n";
+                    segment(depth + 1, tag, false);
+                } else {
+                    segment(depth, tag, mand && top);
+                }
+            }
+        }
+    }
+};
+
+}  // namespace
+
+Directory::Directory() : data(nullptr) {}
+Directory::~Directory() { delete data; }
+
+bool Directory::load(const std::string &dir, const std::string &directory, std::string &err)
+{
+    std::string path = dir + "/" + directory + ".json";
+    std::ifstream in(path, std::ios::binary);
+    if (!in) {
+        err = "directory " + directory + " not found";
+        return false;
+    }
+    auto *d = new DirectoryData;
+    d->j = json::parse(in, nullptr, false);
+    if (d->j.is_discarded() || !d->j.is_object() || !d->j.contains("messages")) {
+        delete d;
+        err = "cannot read " + path;
+        return false;
+    }
+    d->name = directory;
+    delete data;
+    data = d;
+    return true;
+}
+
+std::vector<std::pair<std::string, std::string>> Directory::messages() const
+{
+    std::vector<std::pair<std::string, std::string>> r;
+    if (data)
+        for (auto &[k, v] : data->j["messages"].items())
+            r.emplace_back(k, v.value("name", ""));
+    return r;
+}
+
+bool Directory::config(const std::string &message, bool outbound, std::string &out,
+                       std::string &err) const
+{
+    if (!data || !data->j["messages"].contains(message)) {
+        err = "message " + message + " not found in directory " + (data ? data->name : "?");
+        return false;
+    }
+    Gen g{data->j, outbound, message, data->name, {}};
+    g.text = std::string("# ") + (outbound ? "Outbound " : "Inbound ") + message +
+             ", directory " + data->name + " (UN), syntax version 3; generated.\n";
+    g.text += "edi\n  *" + message + "\n";
+    g.entries(2, data->j["messages"][message]["structure"], "", true);
+    out = std::move(g.text);
+    return true;
+}
+
+std::vector<std::string> directories(const std::string &dir)
+{
+    std::vector<std::string> r;
+    if (DIR *d = opendir(dir.c_str())) {
+        while (dirent *e = readdir(d)) {
+            std::string n = e->d_name;
+            if (n.size() == 9 && n[0] == 'D' && n.compare(4, 5, ".json") == 0)
+                r.push_back(n.substr(0, 4));
+        }
+        closedir(d);
+    }
+    // In order of publication: D93A ... D99B, then D00A ... (years 19xx first).
+    auto key = [](const std::string &n) { return (n[1] >= '9' ? "19" : "20") + n.substr(1); };
+    std::sort(r.begin(), r.end(),
+              [&](const std::string &a, const std::string &b) { return key(a) < key(b); });
+    return r;
+}
+
+}  // namespace edihost

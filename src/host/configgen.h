@@ -1,0 +1,30 @@
+// Generates configuration trees (tree text) for any UN/EDIFACT message from
+// a directory's data file (data/directories/DxxX.json).
+#pragma once
+#include <string>
+#include <utility>
+#include <vector>
+
+namespace edihost {
+
+// Reads DIR/<directory>.json; false and a message in err when it cannot.
+struct DirectoryData;
+struct Directory {
+    Directory();
+    ~Directory();
+    Directory(const Directory &) = delete;
+    Directory &operator=(const Directory &) = delete;
+    bool load(const std::string &dir, const std::string &directory, std::string &err);
+    // Message types with their names, in the data's order.
+    std::vector<std::pair<std::string, std::string>> messages() const;
+    // The inbound or outbound configuration tree of one message; false and a
+    // message in err for a message the directory does not have.
+    bool config(const std::string &message, bool outbound, std::string &out,
+                std::string &err) const;
+    DirectoryData *data;
+};
+
+// Directory versions present in DIR, in order of publication (D93A ... D10B).
+std::vector<std::string> directories(const std::string &dir);
+
+}  // namespace edihost
