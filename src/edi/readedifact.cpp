@@ -1,11 +1,14 @@
 #include <stdio.h>
 #include <stdlib.h>
 
+#include <map>
+
 #include "autoconfig.h"
 #include "capture.h"
 #include "edihost.h"
 #include "envelope.h"
 #include "explain.h"
+#include "filelayout.h"
 #include "output.h"
 #include "readinput.h"
 #include "transport.h"
@@ -53,6 +56,56 @@ datatree_t *configfor(const std::vector<datatree_t *> &configs, const std::strin
     return nullptr;
 }
 
+// Configurations generated from the directory data, one per message type,
+// released with the read.
+struct Generated {
+    std::map<std::string, datatree_t *> trees;  // NULL: no directory has it
+    std::map<std::string, std::string> errors;
+    ~Generated()
+    {
+        for (auto &[type, tree] : trees)
+            if (tree != nullptr)
+                freedatatree(tree);
+    }
+    datatree_t *get(const std::string &msgtype, std::string &err)
+    {
+        auto it = trees.find(msgtype);
+        if (it == trees.end()) {
+            it = trees.emplace(msgtype, configformessage(msgtype, false, errors[msgtype])).first;
+        }
+        err = errors[msgtype];
+        return it->second;
+    }
+};
+
+// The message type of type:version:release:agency.
+std::string typeof(const std::string &msgtype)
+{
+    return msgtype.substr(0, msgtype.find(':'));
+}
+
+// Units whose messages no directory describes are cut into one unit per
+// message, each to be read with a layout taken from itself; the rest stay.
+std::vector<Unit> ownlayouts(const std::vector<Unit> &units, Generated &gen,
+                             std::vector<std::string> &changes)
+{
+    std::vector<Unit> out;
+    for (const Unit &u : units) {
+        std::string err;
+        if (u.msgtype.empty() || typeof(u.msgtype).empty() || gen.get(u.msgtype, err) != nullptr) {
+            out.push_back(u);
+            continue;
+        }
+        changes.push_back(describeunit(u) + ": " + err +
+                          ", so each message was read with a layout taken from itself");
+        for (Unit &one : splitmessages(u)) {
+            one.ownlayout = true;
+            out.push_back(std::move(one));
+        }
+    }
+    return out;
+}
+
 }  // namespace
 
 ReadResult readedifactinput(const Module &mod, const Options &opt,
@@ -64,6 +117,7 @@ ReadResult readedifactinput(const Module &mod, const Options &opt,
         return res;
 
     std::vector<Unit> units;
+    Generated gen;
     if (opt.raw) {
         units.emplace_back();
         units.back().text = bytes;
@@ -74,6 +128,9 @@ ReadResult readedifactinput(const Module &mod, const Options &opt,
         EnvelopeNotes en;
         units = prepareenvelope(clean, en);
         res.changes.insert(res.changes.end(), en.changes.begin(), en.changes.end());
+        if (en.faults.empty() && configs.size() == 1 && configs[0] == nullptr &&
+            opt.servconf.empty())
+            units = ownlayouts(units, gen, res.changes);
         if (opt.verbose)
             printprefixed(input, res.changes);
         if (!en.faults.empty()) {
@@ -103,14 +160,22 @@ ReadResult readedifactinput(const Module &mod, const Options &opt,
         datatree_t *generated = nullptr;
         if (config == nullptr && opt.servconf.empty() && !u.msgtype.empty()) {
             std::string err;
-            generated = configformessage(u.msgtype, false, err);
-            if (generated == nullptr) {
+            if (typeof(u.msgtype).empty()) {
+                err = "the message header UNH names no message type (" + u.msgtype +
+                      "), so no configuration can be chosen; give one with --config";
+            } else if (u.ownlayout) {
+                std::string text = layoutfromtext(u.text);
+                generated = edihost_parsetree(text.data(), text.size(), "layout of the message");
+                config = generated;
+            } else {
+                config = gen.get(u.msgtype, err);
+            }
+            if (config == nullptr) {
                 fprintf(stderr, "%s: %s\n", input.c_str(), err.c_str());
                 if (combined != nullptr)
                     freedatatree(combined);
                 return ReadResult{nullptr, {}, res.changes};
             }
-            config = generated;
         }
         envelope_t *ev = nullptr;
         StderrCapture cap(opt.trace < 0);
