@@ -10,6 +10,8 @@
 #include "explain.h"
 #include "filelayout.h"
 #include "output.h"
+#include "placement.h"
+#include "segments.h"
 #include "readinput.h"
 #include "transport.h"
 
@@ -106,6 +108,38 @@ std::vector<Unit> ownlayouts(const std::vector<Unit> &units, Generated &gen,
     return out;
 }
 
+// Reports the segments of `u` that the read left out of `tree`; true if
+// there are any.
+bool reportleftout(const std::string &input, const Unit &u, const datatree_t *tree,
+                   const Options &opt, std::vector<std::string> &changes)
+{
+    std::vector<LeftOut> lost = leftout(u.text, tree);
+    size_t total = 0;
+    for (const LeftOut &lo : lost) {
+        int msg = u.firstmsg > 0 ? u.firstmsg + lo.message - 1 : lo.message;
+        std::string what = "message " + std::to_string(msg) + ", segment " +
+                           std::to_string(lo.position) + " (" + printable(lo.tag) + ")";
+        std::string behind = lo.count > 1 ? " and the " + std::to_string(lo.count - 1) +
+                                                " segment" + (lo.count > 2 ? "s" : "") +
+                                                " behind it in the message"
+                                          : "";
+        fprintf(stderr, "%s: %s: the configuration has no place for this segment here, so it%s "
+                        "did not reach the tree\n",
+                input.c_str(), what.c_str(), behind.c_str());
+        changes.push_back("left out of the tree: " + what + behind);
+        total += lo.count;
+    }
+    if (lost.empty())
+        return false;
+    fprintf(stderr,
+            "%s: %zu segment%s left out of the tree: the reader places segments strictly in the "
+            "order of the configuration, and these stand where it has none of their tag left; "
+            "give a configuration that describes the message as it is%s.\n",
+            input.c_str(), total, total == 1 ? "" : "s",
+            opt.keepgoing ? "" : ", or --keep-going to accept the tree without them");
+    return true;
+}
+
 }  // namespace
 
 ReadResult readedifactinput(const Module &mod, const Options &opt,
@@ -188,6 +222,14 @@ ReadResult readedifactinput(const Module &mod, const Options &opt,
             std::string where = units.size() > 1 ? " (" + describeunit(u) + ")" : "";
             fprintf(stderr, "%s: %s%s\n", input.c_str(),
                     explainread(lines, u.text, opt.raw).c_str(), where.c_str());
+            freeenvelope(ev);
+            if (combined != nullptr)
+                freedatatree(combined);
+            edihost_clearinput();
+            return ReadResult{nullptr, {}, res.changes};
+        }
+        if (reportleftout(input, u, tree, opt, res.changes) && !opt.keepgoing) {
+            freedatatree(tree);
             freeenvelope(ev);
             if (combined != nullptr)
                 freedatatree(combined);
