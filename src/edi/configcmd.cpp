@@ -60,7 +60,11 @@ int configcommand(int argc, char **argv)
     std::string directory = list ? words[0] : words[1];
     edihost::Directory d;
     std::string err;
-    if (!d.load(dir, directory, err)) {
+    if (!d.load(dir, directory, err) && !list) {
+        fprintf(stderr, "edi: %s\n", missingmessage(words[0], directory, false).c_str());
+        return 1;
+    }
+    if (d.data == nullptr) {
         auto all = edihost::directories(dir);
         std::string have = all.empty() ? "none in " + dir : all.front() + " ... " + all.back();
         fprintf(stderr, "edi: %s (directories: %s; edi config --list)\n", err.c_str(), have.c_str());
@@ -73,7 +77,7 @@ int configcommand(int argc, char **argv)
     }
     std::string text;
     if (!d.config(words[0], out, text, err)) {
-        fprintf(stderr, "edi: %s\n", err.c_str());
+        fprintf(stderr, "edi: %s\n", missingmessage(words[0], directory, true).c_str());
         return 1;
     }
     FILE *f = output.empty() ? stdout : fopen(output.c_str(), "wb");

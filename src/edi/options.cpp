@@ -49,12 +49,15 @@ const CommandHelp helps[] = {
              "result per input.  -j N reads N inputs at once in processes of\n"
              "their own and ends with a summary.  Segments the configuration has\n"
              "no place for are listed and fail the read unless --keep-going.\n"},
-    {"write", "usage: edi write TREE --config FILE... --sender ID --recipient ID\n"
+    {"write", "usage: edi write TREE [--config FILE... | --message TYPE:DIRECTORY]\n"
+              "                 --sender ID --recipient ID\n"
               "                 [--test] [--reference REF | --exact] [--verbose] -o OUT\n"
               "\n"
               "Writes the tree (tree text or JSON, told apart by content) as one\n"
               "EDIFACT interchange with the outbound configuration FILE (given\n"
-              "several times: one per message type of the tree).  --test marks the\n"
+              "several times: one per message type of the tree).  Without --config\n"
+              "each message type's configuration is generated from the directory\n"
+              "its UNH names (S009), or from --message (ORDERS:D96A).  --test marks the\n"
               "interchange as a test.  UNT and UNZ counts are corrected and UNB and\n"
               "UNZ get the control reference REF or a generated unique one\n"
               "(--verbose lists each change); --exact keeps the module's output\n"
@@ -113,7 +116,7 @@ bool parseoptions(int argc, char **argv, Options &opt)
         std::string trace, jobs;
         if ((r = value("--servconf", opt.servconf)) || (r = value("--format", opt.format)) ||
             (r = value("-o", opt.output)) || (r = value("--output", opt.output)) ||
-            (r = value("--reference", opt.reference))) {
+            (r = value("--reference", opt.reference)) || (r = value("--message", opt.message))) {
             if (r < 0)
                 return false;
         } else if ((r = value("--config", opt.config))) {
@@ -134,6 +137,8 @@ bool parseoptions(int argc, char **argv, Options &opt)
             if (*end != '\0' || v < 1 || v > 256)
                 return usage("-j takes a number of processes from 1 to 256, not '%s'", a.c_str() + 2);
             opt.jobs = static_cast<int>(v);
+        } else if (a == "--validate") {
+            opt.validate = true;
         } else if (a == "--raw") {
             opt.raw = true;
         } else if (a == "--verbose" || a == "-v") {
@@ -194,9 +199,13 @@ bool parseoptions(int argc, char **argv, Options &opt)
             return usage("%s takes exactly one tree file", opt.command.c_str());
         if (opt.output.empty())
             return usage("%s needs -o OUT", opt.command.c_str());
-        if (opt.config.empty())
+        if (opt.config.empty() && opt.command == "vda-write")
             return usage("%s needs --config FILE", opt.command.c_str());
     }
+    if (!opt.message.empty() && (opt.command != "write" || !opt.config.empty()))
+        return usage("%s--message is an option of write without --config", "");
+    if (opt.validate && opt.command != "read")
+        return usage("%s--validate is an option of read", "");
     if (opt.command == "write" && (!opt.havesender || !opt.haverecipient))
         return usage("%s needs --sender and --recipient", "write");
     if (opt.command == "vda-read" && opt.config.empty())

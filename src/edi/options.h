@@ -28,6 +28,8 @@ struct Options {
     std::string reference;            // --reference REF for UNB and UNZ
     int jobs = 0;                     // -j N: N processes; 0 without -j
     std::vector<std::string> configs; // every --config given, in order
+    std::string message;              // --message TYPE:DIRECTORY (write without --config)
+    bool validate = false;            // --validate (read), or the command validate
     int trace = -1;                   // --trace LEVEL, -1 if not given
     bool help = false, version = false;
 };

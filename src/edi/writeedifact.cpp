@@ -8,6 +8,7 @@
 #include <string>
 #include <vector>
 
+#include "autoconfig.h"
 #include "capture.h"
 #include "commands.h"
 #include "countfix.h"
@@ -15,6 +16,7 @@
 #include "explain.h"
 #include "output.h"
 #include "readinput.h"
+#include "renumber.h"
 
 namespace edi {
 
@@ -69,6 +71,41 @@ bool describes(const datatree_t *config, const std::string &name)
         if (tp->xmltag != nullptr && name == tp->xmltag)
             return true;
     return false;
+}
+
+// No --config: each message type's outbound configuration is generated from
+// the directory that its UNH, or --message, names.
+bool generateconfigs(datatree_t *tree, const Options &opt, std::vector<datatree_t *> &configs)
+{
+    const std::string &name = opt.inputs[0];
+    bool used = opt.message.empty();
+    for (const Run &r : messageruns(tree)) {
+        bool have = false;
+        for (datatree_t *c : configs)
+            have = have || r.name == messagename(c);
+        std::string err, id = have ? "" : messageid(r.first, opt.message, err);
+        std::string prefix = r.name.substr(r.name.empty() ? 0 : 1) + ":";
+        used = used || opt.message.compare(0, prefix.size(), prefix) == 0;
+        datatree_t *config = have || id.empty() ? nullptr : configformessage(id, true, err);
+        if (!have && config == nullptr) {
+            fprintf(stderr, "%s: %s\n", name.c_str(), err.c_str());
+            return false;
+        }
+        if (config != nullptr) {
+            renumberloops(config, tree);
+            configs.push_back(config);
+        }
+    }
+    if (configs.empty()) {
+        fprintf(stderr, "%s: the tree holds no message\n", name.c_str());
+        return false;
+    }
+    if (!used) {
+        fprintf(stderr, "%s: --message %s names a message type the tree does not hold\n",
+                name.c_str(), opt.message.c_str());
+        return false;
+    }
+    return true;
 }
 
 // A private folder for the module's output; removed with what is in it.
@@ -141,7 +178,9 @@ Exit writeedifact(const Module &mod, const Options &opt)
         configs.push_back(cf);
     }
     datatree_t *tree = loadtree(opt.inputs[0]);
-    if (tree == nullptr) {
+    if (tree == nullptr || (configs.empty() && !generateconfigs(tree, opt, configs))) {
+        if (tree != nullptr)
+            freedatatree(tree);
         release();
         return exit_failed;
     }

@@ -9,6 +9,7 @@
 
 #include <algorithm>
 #include <fstream>
+#include <iterator>
 #include <map>
 
 #include <nlohmann/json.hpp>
@@ -219,6 +220,40 @@ bool Directory::config(const std::string &message, bool outbound, std::string &o
     return true;
 }
 
+namespace {
+// In order of publication: D93A ... D99B, then D00A ... (years 19xx first).
+std::string publication(const std::string &n)
+{
+    return n.size() < 2 ? n : (n[1] >= '9' ? "19" : "20") + n.substr(1);
+}
+}  // namespace
+
+std::vector<std::string> directorieswith(const std::string &dir, const std::string &message)
+{
+    // A message entry is a line of its own, ` "ORDERS": {`; no segment,
+    // composite or element key has six letters, so a text search suffices
+    // and spares parsing 36 files for an error message.
+    std::vector<std::string> r;
+    if (message.empty())
+        return r;
+    std::string key = "\n \"" + message + "\": {";
+    for (const std::string &d : directories(dir)) {
+        std::ifstream in(dir + "/" + d + ".json", std::ios::binary);
+        std::string text((std::istreambuf_iterator<char>(in)), std::istreambuf_iterator<char>());
+        if (text.find(key) != std::string::npos)
+            r.push_back(d);
+    }
+    return r;
+}
+
+std::string nearest(const std::vector<std::string> &have, const std::string &wanted)
+{
+    for (const std::string &d : have)
+        if (publication(d) >= publication(wanted))
+            return d;
+    return have.empty() ? "" : have.back();
+}
+
 std::vector<std::string> directories(const std::string &dir)
 {
     std::vector<std::string> r;
@@ -230,10 +265,9 @@ std::vector<std::string> directories(const std::string &dir)
         }
         closedir(d);
     }
-    // In order of publication: D93A ... D99B, then D00A ... (years 19xx first).
-    auto key = [](const std::string &n) { return (n[1] >= '9' ? "19" : "20") + n.substr(1); };
-    std::sort(r.begin(), r.end(),
-              [&](const std::string &a, const std::string &b) { return key(a) < key(b); });
+    std::sort(r.begin(), r.end(), [](const std::string &a, const std::string &b) {
+        return publication(a) < publication(b);
+    });
     return r;
 }
 

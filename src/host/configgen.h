@@ -27,4 +27,11 @@ struct Directory {
 // Directory versions present in DIR, in order of publication (D93A ... D10B).
 std::vector<std::string> directories(const std::string &dir);
 
+// The directories of DIR that have `message`, in order of publication.
+std::vector<std::string> directorieswith(const std::string &dir, const std::string &message);
+
+// Of `have` (in order of publication), the one nearest to `wanted`: the same
+// or the next later one, else the latest; empty when `have` is empty.
+std::string nearest(const std::vector<std::string> &have, const std::string &wanted);
+
 }  // namespace edihost

@@ -1,0 +1,39 @@
+#include "renumber.h"
+
+#include <string.h>
+
+namespace edi {
+
+namespace {
+
+// For each configuration node in order, every data sibling of the same name
+// in order; a loop takes the next number per occurrence and one more for
+// the writer's try that finds none.  Tag nodes' children are no loops.
+void number(const datatree_t *conf, datatree_t *data)
+{
+    int i = 0;
+    for (const datatree_t *cp = conf; cp != nullptr; cp = cp->next) {
+        if (cp->xmltag == nullptr)
+            continue;
+        bool isloop = cp->xmltag[0] == '*', istag = cp->xmltag[0] == '$';
+        for (datatree_t *dp = data; dp != nullptr; dp = dp->next) {
+            if (dp->xmltag == nullptr || strcmp(dp->xmltag, cp->xmltag) != 0)
+                continue;
+            if (isloop)
+                dp->loopcnt = ++i;
+            if (!istag && cp->child != nullptr)
+                number(cp->child, dp->child);
+        }
+        if (isloop)
+            ++i;
+    }
+}
+
+}  // namespace
+
+void renumberloops(const datatree_t *config, datatree_t *tree)
+{
+    number(config->child, tree->child);
+}
+
+}  // namespace edi
