@@ -21,7 +21,7 @@ std::string twodigits(size_t n)
 bool composite(const std::string &el, const Syntax &sx)
 {
     size_t p = el.find(sx.cmp);
-    return p != std::string::npos && !(p > 0 && el[p - 1] == sx.rel);
+    return p != std::string::npos && !released(el, p, 0, sx.rel);
 }
 
 // Tag node names in order: $DTM, $DTM_2, ...

@@ -5,6 +5,8 @@
 
 #include "autoconfig.h"
 #include "capture.h"
+#include "compositepad.h"
+#include "reescape.h"
 #include "edihost.h"
 #include "envelope.h"
 #include "explain.h"
@@ -108,12 +110,40 @@ std::vector<Unit> ownlayouts(const std::vector<Unit> &units, Generated &gen,
     return out;
 }
 
+// The working copy of one unit as the module shall read it: release
+// characters it would misread rewritten, composites without component
+// separator given one.  Each change is noted (and printed with --verbose).
+std::string prepareunit(const Unit &u, const datatree_t *config, const Options &opt,
+                        const std::string &input, std::vector<std::string> &changes)
+{
+    std::vector<std::string> notes;
+    bool changed = false;
+    char release = 0;
+    std::string text = reescape(u.text, changed, release);
+    if (changed)
+        notes.push_back(describeunit(u) + ": release characters written as '" +
+                        printable(std::string(1, release)) +
+                        "' (declared in UNA), because a released release character stands "
+                        "in front of a separator, which the reader would take as released");
+    size_t padded = 0;
+    text = padcomposites(text, config, padded);
+    if (padded > 0)
+        notes.push_back(describeunit(u) + ": " + std::to_string(padded) + " element" +
+                        (padded == 1 ? "" : "s") +
+                        " without component separator where the configuration has a "
+                        "composite given one, so that each value is read once");
+    if (opt.verbose)
+        printprefixed(input, notes);
+    changes.insert(changes.end(), notes.begin(), notes.end());
+    return text;
+}
+
 // Reports the segments of `u` that the read left out of `tree`; true if
 // there are any.
-bool reportleftout(const std::string &input, const Unit &u, const datatree_t *tree,
-                   const Options &opt, std::vector<std::string> &changes)
+bool reportleftout(const std::string &input, const Unit &u, const std::string &text,
+                   const datatree_t *tree, const Options &opt, std::vector<std::string> &changes)
 {
-    std::vector<LeftOut> lost = leftout(u.text, tree);
+    std::vector<LeftOut> lost = leftout(text, tree);
     size_t total = 0;
     for (const LeftOut &lo : lost) {
         int msg = u.firstmsg > 0 ? u.firstmsg + lo.message - 1 : lo.message;
@@ -212,8 +242,9 @@ ReadResult readedifactinput(const Module &mod, const Options &opt,
             }
         }
         envelope_t *ev = nullptr;
+        std::string text = opt.raw ? u.text : prepareunit(u, config, opt, input, res.changes);
         StderrCapture cap(opt.trace < 0);
-        datatree_t *tree = readworkingcopy(mod, opt, config, input, u.text, &ev);
+        datatree_t *tree = readworkingcopy(mod, opt, config, input, text, &ev);
         if (generated != nullptr)
             freedatatree(generated);
         std::vector<std::string> lines = cap.lines();
@@ -221,14 +252,14 @@ ReadResult readedifactinput(const Module &mod, const Options &opt,
         if (tree == nullptr) {
             std::string where = units.size() > 1 ? " (" + describeunit(u) + ")" : "";
             fprintf(stderr, "%s: %s%s\n", input.c_str(),
-                    explainread(lines, u.text, opt.raw).c_str(), where.c_str());
+                    explainread(lines, text, opt.raw).c_str(), where.c_str());
             freeenvelope(ev);
             if (combined != nullptr)
                 freedatatree(combined);
             edihost_clearinput();
             return ReadResult{nullptr, {}, res.changes};
         }
-        if (reportleftout(input, u, tree, opt, res.changes) && !opt.keepgoing) {
+        if (reportleftout(input, u, text, tree, opt, res.changes) && !opt.keepgoing) {
             freedatatree(tree);
             freeenvelope(ev);
             if (combined != nullptr)
