@@ -224,10 +224,7 @@ ReadResult readedifactinput(const Module &mod, const Options &opt,
         datatree_t *generated = nullptr;
         if (config == nullptr && opt.servconf.empty() && !u.msgtype.empty()) {
             std::string err;
-            if (typeof(u.msgtype).empty()) {
-                err = "the message header UNH names no message type (" + u.msgtype +
-                      "), so no configuration can be chosen; give one with --config";
-            } else if (u.ownlayout) {
+            if (u.ownlayout) {
                 std::string text = layoutfromtext(u.text);
                 generated = edihost_parsetree(text.data(), text.size(), "layout of the message");
                 config = generated;
