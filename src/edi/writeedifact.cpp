@@ -6,6 +6,7 @@
 #include <unistd.h>
 
 #include <string>
+#include <unordered_map>
 #include <vector>
 
 #include "autoconfig.h"
@@ -17,6 +18,7 @@
 #include "filelayout.h"
 #include "output.h"
 #include "readinput.h"
+#include "valueloss.h"
 #include "renumber.h"
 
 namespace edi {
@@ -145,6 +147,35 @@ bool generateconfigs(datatree_t *tree, const Options &opt, std::vector<datatree_
     return true;
 }
 
+// Names the values the writer will cut or change, before it writes them.
+void reportvalueloss(const Module &mod, const Options &opt, const datatree_t *tree,
+                     const std::vector<Piece> &pieces)
+{
+    std::unordered_map<const datatree_t *, int> number;
+    int n = 0;
+    for (const datatree_t *m = tree->child; m != nullptr; m = m->next)
+        number[m] = ++n;
+    std::vector<std::string> lines;
+    for (const Piece &p : pieces) {
+        std::vector<std::string> l = valueloss(p.first, p.last, number[p.first], p.config,
+                                               mod.charsetB != nullptr ? *mod.charsetB : nullptr);
+        lines.insert(lines.end(), l.begin(), l.end());
+    }
+    if (lines.empty())
+        return;
+    const size_t shown = 20;
+    const std::string &name = opt.inputs[0];
+    for (size_t i = 0; i < lines.size() && i < shown; i++)
+        fprintf(stderr, "%s: %s\n", name.c_str(), lines[i].c_str());
+    if (lines.size() > shown)
+        fprintf(stderr, "%s: ... and %zu more\n", name.c_str(), lines.size() - shown);
+    fprintf(stderr,
+            "%s: %zu value%s written other than the tree holds them: the configuration's "
+            "lengths and the interchange's character set (UNOB) rule what the writer writes; "
+            "change the values in the tree, or give a configuration with longer elements.\n",
+            name.c_str(), lines.size(), lines.size() == 1 ? " is" : "s are");
+}
+
 // A private folder for the module's output; removed with what is in it.
 struct Scratch {
     std::string folder, file;
@@ -256,6 +287,8 @@ Exit writeedifact(const Module &mod, const Options &opt)
             pieces.push_back(Piece{r.first, r.last, config});
         }
     }
+    if (ok)
+        reportvalueloss(mod, opt, tree, pieces);
     if (ok && pieces.size() == 1 && pieces[0].last == nullptr) {
         std::string text;
         ok = writeonce(mod, opt, tree, pieces[0].config, text);
