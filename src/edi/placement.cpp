@@ -94,4 +94,28 @@ std::vector<LeftOut> leftout(const std::string &text, const datatree_t *tree)
     return out;
 }
 
+std::string unknowntag(const std::string &text, const datatree_t *config)
+{
+    std::vector<std::string> known;
+    std::vector<const datatree_t *> todo{config};
+    while (!todo.empty()) {
+        const datatree_t *n = todo.back();
+        todo.pop_back();
+        if (n->iseditag != 0 && n->xmltag != nullptr && n->xmltag[0] != '\0')
+            known.emplace_back(n->xmltag + 1);
+        for (const datatree_t *c = n->child; c != nullptr; c = c->next)
+            todo.push_back(c);
+    }
+    for (const Segment &s : cutsegments(text)) {
+        if (s.tag == "UNA" || s.tag == "UNB" || s.tag == "UNZ")
+            continue;
+        bool found = false;
+        for (const std::string &k : known)
+            found = found || strncasecmp(k.c_str(), s.tag.c_str(), 3) == 0;
+        if (!found)
+            return s.tag;
+    }
+    return "";
+}
+
 }  // namespace edi

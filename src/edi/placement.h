@@ -27,6 +27,10 @@ struct LeftOut {
 // to be placed.
 std::vector<LeftOut> leftout(const std::string &text, const datatree_t *tree);
 
+// The first tag of a message segment of `text` that no tag node of
+// `config` bears, or "" if the configuration knows every one.
+std::string unknowntag(const std::string &text, const datatree_t *config);
+
 }  // namespace edi
 
 #endif

@@ -138,10 +138,37 @@ std::string prepareunit(const Unit &u, const datatree_t *config, const Options &
     return text;
 }
 
+// True if a configuration generated from the directory left segments of
+// `u` out although it knows every tag of them: the directory's structure
+// allows the segment where it stands, but the reader, which places forward
+// only, took an earlier place for an earlier segment.  Such a message is
+// read again with a layout taken from itself, which places every segment;
+// a tag the directory does not know stays a failure of the file.
+bool retryownlayout(const std::string &input, const Unit &u, const std::string &text,
+                    const datatree_t *tree, const datatree_t *config, const Options &opt,
+                    std::vector<std::string> &changes)
+{
+    std::vector<LeftOut> lost = leftout(text, tree);
+    if (lost.empty() || !unknowntag(text, config).empty())
+        return false;
+    const LeftOut &lo = lost.front();
+    int msg = u.firstmsg > 0 ? u.firstmsg + lo.message - 1 : lo.message;
+    std::string note = describeunit(u) + ": the directory's layout has no place for message " +
+                       std::to_string(msg) + ", segment " + std::to_string(lo.position) + " (" +
+                       printable(lo.tag) +
+                       ") where it stands (the reader places segments forward only), so each "
+                       "message was read with a layout taken from itself";
+    if (opt.verbose)
+        printprefixed(input, {note});
+    changes.push_back(note);
+    return true;
+}
+
 // Reports the segments of `u` that the read left out of `tree`; true if
 // there are any.
 bool reportleftout(const std::string &input, const Unit &u, const std::string &text,
-                   const datatree_t *tree, const Options &opt, std::vector<std::string> &changes)
+                   const datatree_t *tree, const datatree_t *config, const Options &opt,
+                   std::vector<std::string> &changes)
 {
     std::vector<LeftOut> lost = leftout(text, tree);
     size_t total = 0;
@@ -153,9 +180,13 @@ bool reportleftout(const std::string &input, const Unit &u, const std::string &t
                                                 " segment" + (lo.count > 2 ? "s" : "") +
                                                 " behind it in the message"
                                           : "";
-        fprintf(stderr, "%s: %s: the configuration has no place for this segment here, so it%s "
-                        "did not reach the tree\n",
-                input.c_str(), what.c_str(), behind.c_str());
+        std::string seg = lo.tag + "'";
+        bool known = config == nullptr || unknowntag(seg, config).empty();
+        fprintf(stderr, "%s: %s: the configuration has %s, so it%s did not reach the tree\n",
+                input.c_str(), what.c_str(),
+                known ? "no place for this segment here"
+                      : ("no segment " + printable(lo.tag) + " at all").c_str(),
+                behind.c_str());
         changes.push_back("left out of the tree: " + what + behind);
         total += lo.count;
     }
@@ -163,8 +194,8 @@ bool reportleftout(const std::string &input, const Unit &u, const std::string &t
         return false;
     fprintf(stderr,
             "%s: %zu segment%s left out of the tree: the reader places segments strictly in the "
-            "order of the configuration, and these stand where it has none of their tag left; "
-            "give a configuration that describes the message as it is%s.\n",
+            "order of the configuration and places nothing more of a message behind a segment "
+            "it cannot place; give a configuration that describes the message as it is%s.\n",
             input.c_str(), total, total == 1 ? "" : "s",
             opt.keepgoing ? "" : ", or --keep-going to accept the tree without them");
     return true;
@@ -209,7 +240,8 @@ ReadResult readedifactinput(const Module &mod, const Options &opt,
 
     datatree_t *combined = nullptr;
     datatree_t **tail = nullptr;
-    for (const Unit &u : units) {
+    for (size_t k = 0; k < units.size(); k++) {
+        const Unit u = units[k];  // a copy: units may grow behind it
         datatree_t *config = configfor(configs, u.msgtype);
         if (config == nullptr && configs.size() > 1) {
             fprintf(stderr, "%s: no configuration given for the message type %s (%s); give its "
@@ -222,6 +254,7 @@ ReadResult readedifactinput(const Module &mod, const Options &opt,
         // Neither --config nor --servconf: the configuration is generated
         // from the directory the message header names.
         datatree_t *generated = nullptr;
+        bool fromdirectory = false;
         if (config == nullptr && opt.servconf.empty() && !u.msgtype.empty()) {
             std::string err;
             if (u.ownlayout) {
@@ -230,6 +263,7 @@ ReadResult readedifactinput(const Module &mod, const Options &opt,
                 config = generated;
             } else {
                 config = gen.get(u.msgtype, err);
+                fromdirectory = true;
             }
             if (config == nullptr) {
                 fprintf(stderr, "%s: %s\n", input.c_str(), err.c_str());
@@ -256,7 +290,17 @@ ReadResult readedifactinput(const Module &mod, const Options &opt,
             edihost_clearinput();
             return ReadResult{nullptr, {}, res.changes};
         }
-        if (reportleftout(input, u, text, tree, opt, res.changes) && !opt.keepgoing) {
+        if (fromdirectory && !opt.raw && retryownlayout(input, u, text, tree, config, opt, res.changes)) {
+            // Read again, each message with its own layout, right behind.
+            freedatatree(tree);
+            freeenvelope(ev);
+            std::vector<Unit> parts = splitmessages(u);
+            for (Unit &p : parts)
+                p.ownlayout = true;
+            units.insert(units.begin() + static_cast<long>(k) + 1, parts.begin(), parts.end());
+            continue;
+        }
+        if (reportleftout(input, u, text, tree, config, opt, res.changes) && !opt.keepgoing) {
             freedatatree(tree);
             freeenvelope(ev);
             if (combined != nullptr)
