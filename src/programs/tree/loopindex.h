@@ -10,6 +10,7 @@
 #define EDIPROT_LOOPINDEX_H
 
 #include <stddef.h>
+#include <stdint.h>
 
 #include <vector>
 
@@ -17,7 +18,7 @@
 
 namespace ediprot {
 
-// Chains of at most this many siblings keep the plain walk.
+// By default chains of at most this many siblings keep the plain walk.
 constexpr size_t kLoopIndexMin = 32;
 
 // Makes the index available for its lifetime; nested scopes share one.
@@ -29,8 +30,14 @@ public:
     LoopIndexScope &operator=(const LoopIndexScope &) = delete;
 };
 
-// True while a LoopIndexScope lives.
+// True while a LoopIndexScope lives (and the index is not switched off).
 bool loopindex_active();
+
+// For tests that compare the index with the plain walk: chains longer than
+// `min` siblings are indexed from the next scope on; kLoopIndexOff leaves
+// every lookup to the plain walk.  The writers never call it.
+constexpr size_t kLoopIndexOff = SIZE_MAX;
+void loopindex_setmin(size_t min);
 
 // The siblings of chain `head` named name[0..n) in chain order; for a loop
 // name ('*' first) only those whose loopcnt equals `lct`.  NULL when no
