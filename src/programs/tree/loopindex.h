@@ -12,6 +12,7 @@
 #include <stddef.h>
 #include <stdint.h>
 
+#include <span>
 #include <vector>
 
 #include "ediprot.h"
@@ -40,10 +41,10 @@ constexpr size_t kLoopIndexOff = SIZE_MAX;
 void loopindex_setmin(size_t min);
 
 // The siblings of chain `head` named name[0..n) in chain order; for a loop
-// name ('*' first) only those whose loopcnt equals `lct`.  NULL when no
-// scope is active or the chain is short: the caller then walks the chain.
-const std::vector<datatree_t *> *loopindex_find(datatree_t *head, const char *name,
-                                                size_t n, long lct);
+// name ('*' first) only those whose loopcnt equals `lct`.  False when no
+// index is active or the chain is short: the caller then walks the chain.
+bool loopindex_find(datatree_t *head, const char *name, size_t n, long lct,
+                    std::span<datatree_t *const> *cands);
 
 }  // namespace ediprot
 
