@@ -114,10 +114,7 @@ void setparents(datatree_t *tree, int flag)
     datatree_t *up = tree;
     datatree_t *cp = tree->child;
     while (cp != nullptr) {
-        // Most links are already right: a store only where one changes
-        // keeps the walk from dirtying every node's cache line.
-        if (cp->parent != up)
-            cp->parent = up;
+        cp->parent = up;
         if (cp->child != nullptr) {
             up = cp;
             cp = cp->child;
