@@ -12,14 +12,9 @@
 #include <iterator>
 #include <map>
 
-#include <nlohmann/json.hpp>
+#include "directorydata.h"
 
 namespace edihost {
-
-struct DirectoryData {
-    nlohmann::ordered_json j;
-    std::string name;  // D96A
-};
 
 namespace {
 
@@ -190,6 +185,7 @@ bool Directory::load(const std::string &dir, const std::string &directory, std::
         return false;
     }
     d->name = directory;
+    d->path = path;
     delete data;
     data = d;
     return true;
