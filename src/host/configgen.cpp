@@ -60,11 +60,11 @@ struct Gen {
     std::string text;
 
 
-    std::string elemline(const std::string &name, const std::string &id)
+    std::string elemline(const std::string &name, const std::string &id, bool mand)
     {
         auto &els = j["elements"];
         std::string repr = els.contains(id) ? els[id].value("repr", "an..35") : "an..35";
-        return name + " edimaxlen=" + std::to_string(maxlen(repr));
+        return name + " edimaxlen=" + std::to_string(maxlen(repr)) + (mand ? " ediforce=mand" : "");
     }
 
     // Names with _2, _3 ... for an id seen before among the same parent.
@@ -109,7 +109,15 @@ struct Gen {
         }
     }
 
-    void segment(int depth, const std::string &tag, bool mand)
+    // `always`: a valid message has this segment wherever the writer walks
+    // its tag node, so its mandatory elements can be marked (the writer
+    // drops the whole file for a marked element without a value).  That
+    // holds for a mandatory segment of the message and for a segment in a
+    // loop of its own, which exists only with data.  It does not hold
+    // inside a group: the reader's fill can leave a group occurrence
+    // without its trigger (a later child took a segment, e.g. a LOC that
+    // is the next group's trigger), and its segments are then absent.
+    void segment(int depth, const std::string &tag, bool mand, bool always)
     {
         if (tag == "UNH" || tag == "UNT" || tag == "UNS")
             return service(depth, tag);
@@ -123,6 +131,9 @@ struct Gen {
         for (auto &el : j["segments"][tag]["elements"]) {
             std::string id = el.value("id", "");
             int reps = std::clamp(el.value("max", 1), 1, 99);
+            // Only the first of repeated elements can be mandatory; a
+            // component only in a mandatory composite.
+            bool elmand = always && el.value("req", "C") == "M";
             for (int r = 0; r < reps; r++) {
                 std::string name = uniq(seen, id);
                 if (j["composites"].contains(id)) {
@@ -130,11 +141,13 @@ struct Gen {
                     std::map<std::string, int> cseen;
                     for (auto &c : j["composites"][id]["components"]) {
                         std::string cid = c.value("id", "");
+                        bool cmand = elmand && r == 0 && c.value("req", "C") == "M";
                         text.append(size_t(depth + 2) * 2, ' ') +=
-                            elemline(uniq(cseen, cid), cid) + "\n";
+                            elemline(uniq(cseen, cid), cid, cmand) + "\n";
                     }
                 } else {
-                    text.append(size_t(depth + 1) * 2, ' ') += elemline(name, id) + "\n";
+                    text.append(size_t(depth + 1) * 2, ' ') +=
+                        elemline(name, id, elmand && r == 0) + "\n";
                 }
             }
         }
@@ -155,9 +168,13 @@ struct Gen {
                 std::string tag = e.value("segment", "");
                 if (max != 1) {
                     text.append(size_t(depth) * 2, ' ') += "*" + prefix + tag + "\n";
-                    segment(depth + 1, tag, false);
+                    segment(depth + 1, tag, false, true);
                 } else {
-                    segment(depth, tag, mand && top);
+                    // Only message-level segments are marked: the reader
+                    // tests a marked tag when the input has ended, which in
+                    // the empty copy behind a group's last occurrence would
+                    // refuse a complete message without UNT.
+                    segment(depth, tag, mand && top, mand && top);
                 }
             }
         }
