@@ -58,12 +58,18 @@ struct Gen {
     bool out;
     std::string msg, dirname;
     std::string text;
+    int sections;  // UNS segments of the message
 
 
     std::string elemline(const std::string &name, const std::string &id, bool mand)
     {
         auto &els = j["elements"];
         std::string repr = els.contains(id) ? els[id].value("repr", "an..35") : "an..35";
+        // A coded element whose representation the data only guesses from
+        // its codes gets room for a partner's longer codes: the writer cuts
+        // a value at edimaxlen without a word.
+        if (els.contains(id) && els[id].value("reprfrom", "") == "codes")
+            repr = "an..35";
         return name + " edimaxlen=" + std::to_string(maxlen(repr)) + (mand ? " ediforce=mand" : "");
     }
 
@@ -74,7 +80,7 @@ struct Gen {
         return n == 1 ? id : id + "_" + std::to_string(n);
     }
 
-    void service(int depth, const std::string &tag)
+    void service(int depth, const std::string &tag, const std::string &name)
     {
         std::string block;
         if (tag == "UNH") {
@@ -93,8 +99,11 @@ struct Gen {
                 put("0051 edimaxlen=2", " defval=UN ediforce=mand");
             }
         } else if (tag == "UNS") {
-            block = "$UNS iseditag=1 ediforce=mand\n  0081 edimaxlen=1";
-            block += out ? " defval=S ediforce=mand\n" : "\n";
+            // With two section controls, the first opens the detail (D)
+            // and the second the summary (S); one alone opens the summary.
+            bool detail = name == "UNS" && sections > 1;
+            block = "$" + name + " iseditag=1 ediforce=mand\n  0081 edimaxlen=1";
+            block += out ? std::string(" defval=") + (detail ? "D" : "S") + " ediforce=mand\n" : "\n";
         } else {
             block = "$UNT iseditag=1 ediforce=mand\n  0074 edimaxlen=8";
             block += out ? " deffunc=seccnt ediforce=mand\n" : "\n";
@@ -117,11 +126,12 @@ struct Gen {
     // inside a group: the reader's fill can leave a group occurrence
     // without its trigger (a later child took a segment, e.g. a LOC that
     // is the next group's trigger), and its segments are then absent.
-    void segment(int depth, const std::string &tag, bool mand, bool always)
+    void segment(int depth, const std::string &tag, const std::string &name, bool mand,
+                 bool always)
     {
         if (tag == "UNH" || tag == "UNT" || tag == "UNS")
-            return service(depth, tag);
-        std::string head = "$" + tag + " iseditag=1";
+            return service(depth, tag, name);
+        std::string head = "$" + name + " iseditag=1";
         if (mand)
             head += " ediforce=mand";
         text.append(size_t(depth) * 2, ' ') += head + "\n";
@@ -155,26 +165,31 @@ struct Gen {
 
     // Entries of a message or group; prefix names the loops of repeating
     // segments inside a group (SG2 + LOC).
+    // A tag or loop name that comes twice among the same siblings gets _2:
+    // the writer finds values by path, and one path for both would give
+    // the second the values of the first (the reader matches tags on their
+    // first four characters, so $UNS_2 still takes a UNS).
     void entries(int depth, const json &list, const std::string &prefix, bool top)
     {
+        std::map<std::string, int> seen;
         for (auto &e : list) {
             int max = e.value("max", 1);
             bool mand = e.value("req", "C") == "M";
             if (e.contains("group")) {
                 std::string g = e.value("group", "");
-                text.append(size_t(depth) * 2, ' ') += "*" + g + "\n";
+                text.append(size_t(depth) * 2, ' ') += "*" + uniq(seen, g) + "\n";
                 entries(depth + 1, e["children"], g, false);
             } else {
                 std::string tag = e.value("segment", "");
                 if (max != 1) {
-                    text.append(size_t(depth) * 2, ' ') += "*" + prefix + tag + "\n";
-                    segment(depth + 1, tag, false, true);
+                    text.append(size_t(depth) * 2, ' ') += "*" + uniq(seen, prefix + tag) + "\n";
+                    segment(depth + 1, tag, tag, false, true);
                 } else {
                     // Only message-level segments are marked: the reader
                     // tests a marked tag when the input has ended, which in
                     // the empty copy behind a group's last occurrence would
                     // refuse a complete message without UNT.
-                    segment(depth, tag, mand && top, mand && top);
+                    segment(depth, tag, uniq(seen, "$" + tag).substr(1), mand && top, mand && top);
                 }
             }
         }
@@ -224,7 +239,9 @@ bool Directory::config(const std::string &message, bool outbound, std::string &o
         err = "message " + message + " not found in directory " + (data ? data->name : "?");
         return false;
     }
-    Gen g{data->j, outbound, message, data->name, {}};
+    Gen g{data->j, outbound, message, data->name, {}, 0};
+    for (auto &e : data->j["messages"][message]["structure"])
+        g.sections += e.value("segment", "") == "UNS";
     g.text = std::string("# ") + (outbound ? "Outbound " : "Inbound ") + message +
              ", directory " + data->name + " (UN), syntax version 3; generated.\n";
     g.text += "edi\n  *" + message + "\n";
