@@ -91,10 +91,8 @@ bool generateconfigs(datatree_t *tree, const Options &opt, std::vector<datatree_
             fprintf(stderr, "%s: %s\n", name.c_str(), err.c_str());
             return false;
         }
-        if (config != nullptr) {
-            renumberloops(config, tree);
+        if (config != nullptr)
             configs.push_back(config);
-        }
     }
     if (configs.empty()) {
         fprintf(stderr, "%s: the tree holds no message\n", name.c_str());
@@ -184,6 +182,12 @@ Exit writeedifact(const Module &mod, const Options &opt)
         release();
         return exit_failed;
     }
+
+    // The loop numbers the writer looks for follow the configuration's
+    // layout; a tree made by hand or read with another configuration gets
+    // them as a read with this one would give them.
+    for (datatree_t *c : configs)
+        renumberloops(c, tree);
 
     // One configuration writes the whole tree; with several, each run of
     // messages goes with the configuration of its message node.
