@@ -1,13 +1,14 @@
 // An interchange built from a directory's message structure (every segment
 // once, every element and component with a value) reads with the generated
 // inbound configuration and is written back by the generated outbound one
-// with the same message segments.
+// with the same message segments; the validator finds nothing in it.
 #include <gtest/gtest.h>
 
 #include <stdlib.h>
 
 #include <fstream>
 #include <string>
+#include <vector>
 
 #include <nlohmann/json.hpp>
 
@@ -15,6 +16,7 @@
 #include "edihost.h"
 #include "internal.h"
 #include "testsupport.h"
+#include "validate.h"
 
 namespace {
 
@@ -31,6 +33,7 @@ struct Sample {
     const json &d, &codes;
     std::string text;
     int segments = 0, sections = 0;
+    std::vector<edihost::SegmentValues> values;  // the same, for the validator
 
     // A value the element accepts: its first code, 1 for a number, else A.
     std::string value(const std::string &id) const
@@ -44,21 +47,28 @@ struct Sample {
     void segment(const std::string &tag)
     {
         segments++;
+        values.push_back({tag, {}});
         if (tag == "UNS") {
-            text += std::string("UNS+") + (sections++ == 0 ? "D" : "S") + "'";
+            std::string v = sections++ == 0 ? "D" : "S";
+            text += "UNS+" + v + "'";
+            values.back().elements.push_back({v});
             return;
         }
         text += tag;
         for (auto &el : d["segments"][tag]["elements"]) {
             std::string id = el["id"];
             text += "+";
+            values.back().elements.emplace_back();
             if (!d["composites"].contains(id)) {
                 text += value(id);
+                values.back().elements.back().push_back(value(id));
                 continue;
             }
             std::string sep;
-            for (auto &c : d["composites"][id]["components"])
+            for (auto &c : d["composites"][id]["components"]) {
                 text += sep + value(c["id"]), sep = ":";
+                values.back().elements.back().push_back(value(c["id"]));
+            }
         }
         text += "'";
     }
@@ -100,6 +110,10 @@ TEST(GeneratedConfigs, SampleInterchangesOfSeveralDirectoriesReadAndWriteBack)
         s.text = std::string("UNH+1+") + c.message + ":D:" + version + release + ":UN'";
         s.entries(d["messages"][c.message]["structure"]);
         s.text += "UNT+" + std::to_string(s.segments + 2) + "+1'";
+        // The validator finds nothing in it.
+        s.values.insert(s.values.begin(),
+                        {"UNH", {{"1"}, {c.message, "D", version + release, "UN"}}});
+        s.values.push_back({"UNT", {{std::to_string(s.segments + 2)}, {"1"}}});
         EXPECT_GT(s.segments, 10);
         std::string in = testsupport::tempdir() + "/in.edi";
         std::ofstream(in) << "UNB+UNOA:3+S:14+R:14+240101:1200+1'" << s.text << "UNZ+1+1'";
@@ -109,6 +123,8 @@ TEST(GeneratedConfigs, SampleInterchangesOfSeveralDirectoriesReadAndWriteBack)
         ASSERT_TRUE(dd.load(dir, c.directory, err)) << err;
         ASSERT_TRUE(dd.config(c.message, false, intext, err)) << err;
         ASSERT_TRUE(dd.config(c.message, true, outtext, err)) << err;
+        for (const edihost::Finding &f : edihost::validate(dd, c.message, s.values))
+            ADD_FAILURE() << "segment " << f.segment << " " << f.tag << ": " << f.text;
         datatree_t *incf = edihost_parsetree(intext.data(), intext.size(), "in");
         datatree_t *outcf = edihost_parsetree(outtext.data(), outtext.size(), "out");
         ASSERT_NE(incf, nullptr);
