@@ -81,6 +81,12 @@ int validatefile(const std::string &input, FILE *out)
         std::vector<std::string> id = head.size() > 1 ? head[1] : std::vector<std::string>{};
         id.resize(4);
         std::string type = id[0], directory = id[1] + id[2];
+        if (!type.empty() && (id[1].empty() || id[2].empty())) {
+            fprintf(out, "%s: message %d, segment 1 (UNH): the message header names no directory\n",
+                    input.c_str(), msgno);
+            found++;
+            continue;
+        }
         if (!id[3].empty() && id[3] != "UN") {
             fprintf(out, "%s: message %d, segment 1 (UNH): %s of agency %s: only UN directories are known\n",
                     input.c_str(), msgno, type.c_str(), printable(id[3]).c_str());
@@ -104,6 +110,10 @@ int validatefile(const std::string &input, FILE *out)
                     f.segment, printable(f.tag).c_str(), f.text.c_str());
             found++;
         }
+    }
+    if (msgno == 0) {
+        fprintf(out, "%s: no message (UNH) found\n", input.c_str());
+        found++;
     }
     return found;
 }

@@ -11,7 +11,8 @@ namespace edi {
 
 // Writes the findings for the EDIFACT file `input` to `out` and returns
 // their number; a message whose directory or type the data lacks counts as
-// one finding, a file that cannot be read as -1 (after a line on stderr).
+// one finding, and so does a file without any message; a file that cannot
+// be read gives -1 (after a line on stderr).
 int validatefile(const std::string &input, FILE *out);
 
 }  // namespace edi

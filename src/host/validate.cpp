@@ -88,7 +88,10 @@ struct Checker {
             report(pos, entryname(e) + " repeated more often than allowed (at most " +
                             std::to_string(max) + ")");
         if (e.contains("group")) {
+            size_t before = pos;
             run(e["children"], true);
+            if (pos == before)  // a group without children: no endless loop
+                pos++;
         } else {
             checksegment(segs[pos]);
             pos++;
