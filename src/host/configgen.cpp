@@ -244,6 +244,12 @@ bool Directory::config(const std::string &message, bool outbound, std::string &o
         g.sections += e.value("segment", "") == "UNS";
     g.text = std::string("# ") + (outbound ? "Outbound " : "Inbound ") + message +
              ", directory " + data->name + " (UN), syntax version 3; generated.\n";
+    g.text += "# Groups are loops *SGn, a segment that repeats on its own has a loop of its\n"
+              "# own (*DTM, *SG2LOC), repetitions of one name are name_2, name_3 ...\n";
+    if (outbound)
+        g.text += "# Where the data tree has no value: UNH 0062 counts messages (unhcnt),\n"
+                  "# S009 from message and directory, UNS D or S, UNT 0074 counts the tag\n"
+                  "# nodes entered (seccnt; edi write corrects it); UNT 0062 has none.\n";
     g.text += "edi\n  *" + message + "\n";
     g.entries(2, data->j["messages"][message]["structure"], "", true);
     out = std::move(g.text);
