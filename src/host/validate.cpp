@@ -1,9 +1,11 @@
 // The structure is matched greedily, as a reader places segments: a segment
 // goes to the current entry if it takes its tag, else to a later entry of
 // the same group occurrence (the entries passed are then complete), else it
-// ends the occurrence if an enclosing level can take it, else it has no
-// place and is reported and skipped, so that one stray segment gives one
-// finding.  A group's trigger segment always begins a new occurrence.
+// ends the occurrence if an enclosing level can take it (the group's own
+// trigger then begins a new occurrence), else it has no place and is
+// reported and skipped, so that one stray segment gives one finding.  An
+// entry that has reached its maximum passes a segment on where a later
+// entry or an enclosing level can take it.
 #include "validate.h"
 
 #include <stdio.h>
@@ -65,6 +67,14 @@ struct Checker {
         out.push_back(Finding{i + 1, segs[i].tag, text});
     }
 
+    // The first entry from `from` on that takes `tag`, or list.size().
+    static size_t later(const json &list, size_t from, const std::string &tag)
+    {
+        while (from < list.size() && firsttag(list[from]) != tag)
+            from++;
+        return from;
+    }
+
     // An enclosing level takes `tag` at its current entry or a later one.
     bool outer(const std::string &tag) const
     {
@@ -89,7 +99,7 @@ struct Checker {
                             std::to_string(max) + ")");
         if (e.contains("group")) {
             size_t before = pos;
-            run(e["children"], true);
+            run(e["children"]);
             if (pos == before)  // a group without children: no endless loop
                 pos++;
         } else {
@@ -98,26 +108,27 @@ struct Checker {
         }
     }
 
-    // One occurrence of the message (group false) or of a group whose
-    // trigger stands at pos.
-    void run(const json &list, bool group)
+    // One occurrence of the message, or of a group whose trigger stands at
+    // pos.
+    void run(const json &list)
     {
         if (!list.is_array() || list.empty())
             return;
-        size_t idx = 0, start = pos;
+        size_t idx = 0;
         int count = 0;
         stack.emplace_back(&list, &idx);
         while (pos < segs.size()) {
             const std::string &tag = segs[pos].tag;
-            if (group && pos != start && tag == firsttag(list[0]))
-                break;
+            // The current entry takes it, unless it is full and a later
+            // entry or an enclosing level can take it instead.
             if (firsttag(list[idx]) == tag) {
-                take(list[idx], ++count);
-                continue;
+                int max = list[idx].value("max", 1);
+                if (max < 0 || count < max || !(later(list, idx + 1, tag) < list.size() || outer(tag))) {
+                    take(list[idx], ++count);
+                    continue;
+                }
             }
-            size_t j = idx + 1;
-            while (j < list.size() && firsttag(list[j]) != tag)
-                j++;
+            size_t j = later(list, idx + 1, tag);
             if (j < list.size()) {
                 close(list[idx], count);
                 while (++idx < j)
@@ -255,7 +266,7 @@ std::vector<Finding> validate(const Directory &d, const std::string &type,
     if (d.data == nullptr || segs.empty() || !d.data->j["messages"].contains(type))
         return {};
     Checker c{*d.data, segs, {}, 0, {}};
-    c.run(d.data->j["messages"][type]["structure"], false);
+    c.run(d.data->j["messages"][type]["structure"]);
     return std::move(c.out);
 }
 

@@ -6,6 +6,7 @@
 
 #include <stdlib.h>
 
+#include <algorithm>
 #include <fstream>
 #include <string>
 #include <vector>
@@ -55,8 +56,11 @@ struct Sample {
             return;
         }
         text += tag;
-        for (auto &el : d["segments"][tag]["elements"]) {
-            std::string id = el["id"];
+        // A repeated element takes as many positions as it may repeat.
+        std::vector<std::string> ids;
+        for (auto &el : d["segments"][tag]["elements"])
+            ids.insert(ids.end(), std::clamp(el.value("max", 1), 1, 99), el["id"]);
+        for (const std::string &id : ids) {
             text += "+";
             values.back().elements.emplace_back();
             if (!d["composites"].contains(id)) {
@@ -104,7 +108,7 @@ TEST(GeneratedConfigs, SampleInterchangesOfSeveralDirectoriesReadAndWriteBack)
         int uns = 0;
         for (auto &e : d["messages"][c.message]["structure"])
             uns += e.value("segment", "") == "UNS";
-        Sample s{d, codes, "", 0, uns > 1 ? 0 : 1};
+        Sample s{d, codes, "", 0, uns > 1 ? 0 : 1, {}};
         std::string version = std::string(c.directory).substr(1, 2);
         std::string release = std::string(c.directory).substr(3);
         s.text = std::string("UNH+1+") + c.message + ":D:" + version + release + ":UN'";
