@@ -80,6 +80,12 @@ datatree_t *configformessage(const std::string &msgtype, bool outbound, std::str
         return nullptr;
     }
     std::string directory = msgtype.substr(a + 1, b - a - 1) + msgtype.substr(b + 1, c - b - 1);
+    std::string agency = c == std::string::npos ? "" : msgtype.substr(c + 1, msgtype.find(':', c + 1) - c - 1);
+    if (!agency.empty() && agency != "UN") {
+        err = "the message header names " + msgtype + ", of agency " + agency +
+              ": only UN directories are known; give a configuration with --config";
+        return nullptr;
+    }
     edihost::Directory d;
     if (!d.load(directoriesdir(), directory, err)) {
         err = missingmessage(type, directory, false);

@@ -12,6 +12,7 @@
 #include "jsontree.h"
 #include "output.h"
 #include "readinput.h"
+#include "validatefile.h"
 #include "writeedifact.h"
 
 namespace edi {
@@ -107,7 +108,20 @@ Exit readone(const Module &mod, const Options &opt, const std::vector<datatree_t
             fprintf(stderr, "edi: %s: key %s\n", input.c_str(), k.c_str());
     }
     freedatatree(res.tree);
-    return writewhole(out, text) ? exit_ok : exit_failed;
+    if (!writewhole(out, text))
+        return exit_failed;
+    // The module's read is the same with or without --validate; the
+    // findings come behind it, on stderr, and fail the input.
+    return opt.validate && validatefile(input, stderr) != 0 ? exit_failed : exit_ok;
+}
+
+Exit validatecommand(const Options &opt)
+{
+    Exit status = exit_ok;
+    for (const std::string &input : expandinputs(opt.inputs))
+        if (validatefile(input, stdout) != 0)
+            status = exit_failed;
+    return status;
 }
 
 Exit readcommand(const Module &mod, const Options &opt)

@@ -1,4 +1,4 @@
-// The four commands of the edi program.
+// The commands of the edi program.
 #ifndef EDI_COMMANDS_H
 #define EDI_COMMANDS_H
 
@@ -15,6 +15,8 @@ datatree_t *loadtree(const std::string &path);
 
 Exit readcommand(const Module &mod, const Options &opt);   // read, vda-read
 Exit writecommand(const Module &mod, const Options &opt);  // write, vda-write
+// validate: findings against the directories on stdout; exit 1 if any.
+Exit validatecommand(const Options &opt);
 
 }  // namespace edi
 

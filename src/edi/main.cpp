@@ -33,6 +33,8 @@ int main(int argc, char **argv)
     if (opt.trace >= 0)
         tracelevel = static_cast<int>(static_cast<unsigned>(opt.trace) << 28);
 
+    if (opt.command == "validate")
+        return edi::validatecommand(opt);
     edi::Module mod;
     if (!edi::loadmodule(mod))
         return edi::exit_failed;

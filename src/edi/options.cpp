@@ -24,6 +24,8 @@ const CommandHelp helps[] = {
          "  write      a tree to an EDIFACT interchange\n"
          "  vda-read   VDA record file(s) to a tree\n"
          "  vda-write  a tree to a VDA record file\n"
+         "  validate   EDIFACT interchange(s) against their directories\n"
+         "  config     a configuration generated from a directory\n"
          "\n"
          "options for every command:\n"
          "  --trace LEVEL  trace level 0 to 15 (trace lines on stderr)\n"
@@ -48,7 +50,21 @@ const CommandHelp helps[] = {
              "INPUT files or a folder and -o, OUT is a folder that receives one\n"
              "result per input.  -j N reads N inputs at once in processes of\n"
              "their own and ends with a summary.  Segments the configuration has\n"
-             "no place for are listed and fail the read unless --keep-going.\n"},
+             "no place for are listed and fail the read unless --keep-going.\n"
+             "--validate also checks each file against its directories as edi\n"
+             "validate does, on stderr.\n"
+             "Without --config or --servconf each message type's configuration\n"
+             "is generated from the directory its UNH names.\n"},
+    {"validate", "usage: edi validate INPUT...\n"
+                 "\n"
+                 "Checks each EDIFACT interchange against the directory that each\n"
+                 "message header names and prints one line per finding: file, message\n"
+                 "number, segment position (UNH is 1) and tag, and what is wrong: a\n"
+                 "mandatory segment, group or element missing, a segment or group\n"
+                 "repeated more often than allowed, a segment with no place in the\n"
+                 "structure, a value longer than its representation, a non-numeric\n"
+                 "value in a numeric element, a code not in its code list.  Exit\n"
+                 "status 1 when anything was found.\n"},
     {"write", "usage: edi write TREE [--config FILE... | --message TYPE:DIRECTORY]\n"
               "                 --sender ID --recipient ID\n"
               "                 [--test] [--reference REF | --exact] [--verbose] -o OUT\n"
@@ -187,7 +203,7 @@ bool parseoptions(int argc, char **argv, Options &opt)
     if (opt.command.empty())
         return usage("%sno command given", "");
     if (opt.command != "read" && opt.command != "write" && opt.command != "vda-read" &&
-        opt.command != "vda-write")
+        opt.command != "vda-write" && opt.command != "validate")
         return usage("unknown command '%s'", opt.command.c_str());
     if (opt.format != "tree" && opt.format != "json")
         return usage("--format takes tree or json, not '%s'", opt.format.c_str());

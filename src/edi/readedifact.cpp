@@ -101,7 +101,7 @@ std::vector<Unit> ownlayouts(const std::vector<Unit> &units, Generated &gen,
             continue;
         }
         changes.push_back(describeunit(u) + ": " + err +
-                          ", so each message was read with a layout taken from itself");
+                          "; each message was read with a layout taken from itself instead");
         for (Unit &one : splitmessages(u)) {
             one.ownlayout = true;
             out.push_back(std::move(one));

@@ -131,7 +131,6 @@ bool generateconfigs(datatree_t *tree, const Options &opt, std::vector<datatree_
             fprintf(stderr, "%s: %s\n", name.c_str(), err.c_str());
             return false;
         }
-        renumberloops(config, tree);
         configs.push_back(config);
         pieces.push_back(Piece{r.first, r.last, config});
     }
@@ -253,6 +252,12 @@ Exit writeedifact(const Module &mod, const Options &opt)
         release();
         return exit_failed;
     }
+
+    // The loop numbers the writer looks for follow the configuration's
+    // layout; a tree made by hand or read with another configuration gets
+    // them as a read with this one would give them.
+    for (datatree_t *c : configs)
+        renumberloops(c, tree);
 
     // One configuration writes the whole tree; with several, each run of
     // messages goes with the configuration of its message node.

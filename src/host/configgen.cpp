@@ -12,14 +12,9 @@
 #include <iterator>
 #include <map>
 
-#include <nlohmann/json.hpp>
+#include "directorydata.h"
 
 namespace edihost {
-
-struct DirectoryData {
-    nlohmann::ordered_json j;
-    std::string name;  // D96A
-};
 
 namespace {
 
@@ -63,13 +58,19 @@ struct Gen {
     bool out;
     std::string msg, dirname;
     std::string text;
+    int sections;  // UNS segments of the message
 
 
-    std::string elemline(const std::string &name, const std::string &id)
+    std::string elemline(const std::string &name, const std::string &id, bool mand)
     {
         auto &els = j["elements"];
         std::string repr = els.contains(id) ? els[id].value("repr", "an..35") : "an..35";
-        return name + " edimaxlen=" + std::to_string(maxlen(repr));
+        // A coded element whose representation the data only guesses from
+        // its codes gets room for a partner's longer codes: the writer cuts
+        // a value at edimaxlen without a word.
+        if (els.contains(id) && els[id].value("reprfrom", "") == "codes")
+            repr = "an..35";
+        return name + " edimaxlen=" + std::to_string(maxlen(repr)) + (mand ? " ediforce=mand" : "");
     }
 
     // Names with _2, _3 ... for an id seen before among the same parent.
@@ -79,7 +80,7 @@ struct Gen {
         return n == 1 ? id : id + "_" + std::to_string(n);
     }
 
-    void service(int depth, const std::string &tag)
+    void service(int depth, const std::string &tag, const std::string &name)
     {
         std::string block;
         if (tag == "UNH") {
@@ -98,8 +99,11 @@ struct Gen {
                 put("0051 edimaxlen=2", " defval=UN ediforce=mand");
             }
         } else if (tag == "UNS") {
-            block = "$UNS iseditag=1 ediforce=mand\n  0081 edimaxlen=1";
-            block += out ? " defval=S ediforce=mand\n" : "\n";
+            // With two section controls, the first opens the detail (D)
+            // and the second the summary (S); one alone opens the summary.
+            bool detail = name == "UNS" && sections > 1;
+            block = "$" + name + " iseditag=1 ediforce=mand\n  0081 edimaxlen=1";
+            block += out ? std::string(" defval=") + (detail ? "D" : "S") + " ediforce=mand\n" : "\n";
         } else {
             block = "$UNT iseditag=1 ediforce=mand\n  0074 edimaxlen=8";
             block += out ? " deffunc=seccnt ediforce=mand\n" : "\n";
@@ -114,11 +118,20 @@ struct Gen {
         }
     }
 
-    void segment(int depth, const std::string &tag, bool mand)
+    // `always`: a valid message has this segment wherever the writer walks
+    // its tag node, so its mandatory elements can be marked (the writer
+    // drops the whole file for a marked element without a value).  That
+    // holds for a mandatory segment of the message and for a segment in a
+    // loop of its own, which exists only with data.  It does not hold
+    // inside a group: the reader's fill can leave a group occurrence
+    // without its trigger (a later child took a segment, e.g. a LOC that
+    // is the next group's trigger), and its segments are then absent.
+    void segment(int depth, const std::string &tag, const std::string &name, bool mand,
+                 bool always)
     {
         if (tag == "UNH" || tag == "UNT" || tag == "UNS")
-            return service(depth, tag);
-        std::string head = "$" + tag + " iseditag=1";
+            return service(depth, tag, name);
+        std::string head = "$" + name + " iseditag=1";
         if (mand)
             head += " ediforce=mand";
         text.append(size_t(depth) * 2, ' ') += head + "\n";
@@ -128,6 +141,9 @@ struct Gen {
         for (auto &el : j["segments"][tag]["elements"]) {
             std::string id = el.value("id", "");
             int reps = std::clamp(el.value("max", 1), 1, 99);
+            // Only the first of repeated elements can be mandatory; a
+            // component only in a mandatory composite.
+            bool elmand = always && el.value("req", "C") == "M";
             for (int r = 0; r < reps; r++) {
                 std::string name = uniq(seen, id);
                 if (j["composites"].contains(id)) {
@@ -135,11 +151,13 @@ struct Gen {
                     std::map<std::string, int> cseen;
                     for (auto &c : j["composites"][id]["components"]) {
                         std::string cid = c.value("id", "");
+                        bool cmand = elmand && r == 0 && c.value("req", "C") == "M";
                         text.append(size_t(depth + 2) * 2, ' ') +=
-                            elemline(uniq(cseen, cid), cid) + "\n";
+                            elemline(uniq(cseen, cid), cid, cmand) + "\n";
                     }
                 } else {
-                    text.append(size_t(depth + 1) * 2, ' ') += elemline(name, id) + "\n";
+                    text.append(size_t(depth + 1) * 2, ' ') +=
+                        elemline(name, id, elmand && r == 0) + "\n";
                 }
             }
         }
@@ -147,22 +165,31 @@ struct Gen {
 
     // Entries of a message or group; prefix names the loops of repeating
     // segments inside a group (SG2 + LOC).
+    // A tag or loop name that comes twice among the same siblings gets _2:
+    // the writer finds values by path, and one path for both would give
+    // the second the values of the first (the reader matches tags on their
+    // first four characters, so $UNS_2 still takes a UNS).
     void entries(int depth, const json &list, const std::string &prefix, bool top)
     {
+        std::map<std::string, int> seen;
         for (auto &e : list) {
             int max = e.value("max", 1);
             bool mand = e.value("req", "C") == "M";
             if (e.contains("group")) {
                 std::string g = e.value("group", "");
-                text.append(size_t(depth) * 2, ' ') += "*" + g + "\n";
+                text.append(size_t(depth) * 2, ' ') += "*" + uniq(seen, g) + "\n";
                 entries(depth + 1, e["children"], g, false);
             } else {
                 std::string tag = e.value("segment", "");
                 if (max != 1) {
-                    text.append(size_t(depth) * 2, ' ') += "*" + prefix + tag + "\n";
-                    segment(depth + 1, tag, false);
+                    text.append(size_t(depth) * 2, ' ') += "*" + uniq(seen, prefix + tag) + "\n";
+                    segment(depth + 1, tag, tag, false, true);
                 } else {
-                    segment(depth, tag, mand && top);
+                    // Only message-level segments are marked: the reader
+                    // tests a marked tag when the input has ended, which in
+                    // the empty copy behind a group's last occurrence would
+                    // refuse a complete message without UNT.
+                    segment(depth, tag, uniq(seen, "$" + tag).substr(1), mand && top, mand && top);
                 }
             }
         }
@@ -190,6 +217,7 @@ bool Directory::load(const std::string &dir, const std::string &directory, std::
         return false;
     }
     d->name = directory;
+    d->path = path;
     delete data;
     data = d;
     return true;
@@ -211,9 +239,17 @@ bool Directory::config(const std::string &message, bool outbound, std::string &o
         err = "message " + message + " not found in directory " + (data ? data->name : "?");
         return false;
     }
-    Gen g{data->j, outbound, message, data->name, {}};
+    Gen g{data->j, outbound, message, data->name, {}, 0};
+    for (auto &e : data->j["messages"][message]["structure"])
+        g.sections += e.value("segment", "") == "UNS";
     g.text = std::string("# ") + (outbound ? "Outbound " : "Inbound ") + message +
              ", directory " + data->name + " (UN), syntax version 3; generated.\n";
+    g.text += "# Groups are loops *SGn, a segment that repeats on its own has a loop of its\n"
+              "# own (*DTM, *SG2LOC), repetitions of one name are name_2, name_3 ...\n";
+    if (outbound)
+        g.text += "# Where the data tree has no value: UNH 0062 counts messages (unhcnt),\n"
+                  "# S009 from message and directory, UNS D or S, UNT 0074 counts the tag\n"
+                  "# nodes entered (seccnt; edi write corrects it); UNT 0062 has none.\n";
     g.text += "edi\n  *" + message + "\n";
     g.entries(2, data->j["messages"][message]["structure"], "", true);
     out = std::move(g.text);

@@ -52,8 +52,9 @@ TEST(JsonFast, ReadsEveryExportedTreeAsItWas)
         datatree_t *back = edi::jsonfast(json);
         ASSERT_NE(back, nullptr) << json;
         EXPECT_EQ(dump(back), dump(tree)) << json;
-        if (back->child != nullptr)
+        if (back->child != nullptr) {
             EXPECT_EQ(back->child->parent, back);
+        }
         freedatatree(tree);
         freedatatree(back);
     }

@@ -217,9 +217,10 @@ TEST(BundledConfigs, SeccntCountsEveryTagNodeEnteredAndOneMore)
         const char *withcounts;
         const char *fromseccnt;
     } cases[] = {
-        // Every tag node of these occurrences has its segment.
+        // The configuration has a tag node for every segment of the
+        // directory: PAI, IMD and many inside the occurrences are absent.
         {"orders-d96a.edi", "orders-d96a-out.tree", "UNT+35+ORD0001 UNT+17+ORD0002",
-         "UNT+36+ORD0001 UNT+18+ORD0002"},
+         "UNT+53+ORD0001 UNT+30+ORD0002"},
         // Message 1: SG13's RFF and the DTM of both SG16 are absent.
         {"desadv-d96a.edi", "desadv-d96a-out.tree", "UNT+34+DES0001 UNT+13+DES0002",
          "UNT+38+DES0001 UNT+14+DES0002"},

@@ -63,8 +63,8 @@ TEST(Roundtrip, OrdersSamplesReadInboundAndWrittenOutboundKeepTheirSegments)
         const char *read;
         const char *written;
     } changes[] = {
-        {"BGM+220+PO4711+9'", "BGM+220:PO4:9:+PO4711+9'"},
-        {"FTX+AAI+++Deliver to gate 3'", "FTX+AAI++:Del:+Deliver to gate 3'"},
+        {"BGM+220+PO4711+9'", "BGM+220:PO4711:9:+PO4711+9'"},
+        {"FTX+AAI+++Deliver to gate 3'", "FTX+AAI++:Deliver to gate 3:+Deliver to gate 3'"},
         {"COM+smith@example.com:EM'", "COM+smith example.com:EM'"},
     };
     datatree_t *incf = edihost_readtree(EDIPROT_CONFIGS "/orders-d96a-in.tree");
@@ -99,9 +99,9 @@ TEST(Roundtrip, OutboundOrdersConfigurationFillsTheMessageFrame)
     char recipient[] = "R";
     EXPECT_EQ(edifactwrite(data, const_cast<char *>(out.c_str()), nullptr, nullptr, outcf,
                            sender, recipient, 0), 0);
-    // seccnt: 1 + the four tag nodes entered (UNH, BGM, UNS, UNT); the
+    // seccnt: 1 + the six tag nodes entered (UNH, BGM, PAI, IMD, UNS, UNT); the
     // empty components of C002 stay in front of the value behind them.
-    EXPECT_EQ(messagesegments(readfile(out)), "UNH+1+ORDERS:D:96A:UN'BGM+220:::+PO1'UNS+S'UNT+5'");
+    EXPECT_EQ(messagesegments(readfile(out)), "UNH+1+ORDERS:D:96A:UN'BGM+220:::+PO1'UNS+S'UNT+7'");
     freedatatree(outcf);
     freedatatree(data);
 }
