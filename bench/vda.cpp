@@ -1,18 +1,27 @@
-// Reads and writes generated VDA files of 1,000 and 10,000 records and
-// reports the times, so that the growth with the number of records shows.
+// Writes and reads generated VDA files of 1,000, 10,000 and 100,000
+// records and reports times, sizes and MB/s, so that the growth with the
+// number of records shows.
 //
+//   write  a tree of one loop numbered 1 .. n with a 512 record each:
+//          every record and every field is looked up from the root.
 //   read   511 and then 512 and 513 in turn under two loop tags of one
-//          depth: every record is linked, each as a new loop node of the
-//          root, and each insertion walks the root's growing chain.
-//   write  the tree just read, with the same configuration (the writer
-//          counts each loop tag from 1, so it writes only the first ones).
-//   write  a generated tree of one loop numbered 1 .. n with a 512 record
-//          each: every record and every field is looked up from the root.
+//          depth: every record becomes a new loop node of the root.
 //
-// Usage: bench_vda [records ...]   (default 1000 10000)
+// vdaread links the whole growing tree (setparents) after every line, so
+// its time grows with the square of the records while the module's own
+// work (findsatz, makerecord, insrecord) grows linearly.  A wrapper around
+// our host layer's setparents times that share.  Above 10,000 records it
+// runs only every 100th call in full, times that and scales it by 100
+// ("est."); the skipped calls cost nothing, so the read's time is then the
+// module's own work plus the sampled links.  --full links after every
+// line at every size (100,000 records then take minutes).
+//
+// Usage: bench_vda [--full] [records ...]
+#include <dlfcn.h>
 #include <stdio.h>
 #include <stdlib.h>
 #include <string.h>
+#include <sys/stat.h>
 #include <unistd.h>
 
 #include <chrono>
@@ -20,6 +29,37 @@
 #include <vector>
 
 #include "internal.h"
+
+namespace {
+
+using Clock = std::chrono::steady_clock;
+
+double seconds(Clock::time_point t0)
+{
+    return std::chrono::duration<double>(Clock::now() - t0).count();
+}
+
+// The wrapper's state: every `stride`-th call is run and timed.
+struct Links {
+    long stride = 1;
+    long calls = 0;
+    double timed = 0;  // seconds in the calls run
+} links;
+
+}  // namespace
+
+// Stands in for the host layer's setparents (the bench's own definition
+// wins over the shared library's) and hands on to it.
+extern "C" void setparents(datatree_t *tree, int flag)
+{
+    using Fn = void (*)(datatree_t *, int);
+    static Fn real = reinterpret_cast<Fn>(dlsym(RTLD_NEXT, "setparents"));
+    if (links.calls++ % links.stride != 0)
+        return;
+    auto t0 = Clock::now();
+    real(tree, flag);
+    links.timed += seconds(t0);
+}
 
 namespace {
 
@@ -64,20 +104,12 @@ datatree_t *writeconfigtree()
     return cf;
 }
 
-std::string line(const char *type, int n)
-{
-    char buf[160];
-    snprintf(buf, sizeof buf, "%s01%-123d\r\n", type, n);
-    return buf;
-}
-
 std::string genfile(const std::string &dir, int n)
 {
     std::string fn = dir + "/in-" + std::to_string(n) + ".vda";
     FILE *fp = fopen(fn.c_str(), "w");
-    fputs(line("511", 0).c_str(), fp);
-    for (int i = 1; i < n; i++)
-        fputs(line(i % 2 != 0 ? "512" : "513", i).c_str(), fp);
+    for (int i = 0; i < n; i++)
+        fprintf(fp, "%s01%-123d\r\n", i == 0 ? "511" : i % 2 != 0 ? "512" : "513", i);
     fclose(fp);
     return fn;
 }
@@ -101,20 +133,31 @@ datatree_t *gentree(int n)
     return root;
 }
 
-double seconds(std::chrono::steady_clock::time_point t0)
+double mbs(long bytes, double t)
 {
-    return std::chrono::duration<double>(std::chrono::steady_clock::now() - t0).count();
+    return t > 0 ? static_cast<double>(bytes) / 1e6 / t : 0.0;
+}
+
+long filesize(const std::string &fn)
+{
+    struct stat st;
+    return stat(fn.c_str(), &st) == 0 ? static_cast<long>(st.st_size) : -1;
 }
 
 }  // namespace
 
 int main(int argc, char **argv)
 {
+    bool full = false;
     std::vector<int> sizes;
-    for (int i = 1; i < argc; i++)
-        sizes.push_back(atoi(argv[i]));
+    for (int i = 1; i < argc; i++) {
+        if (strcmp(argv[i], "--full") == 0)
+            full = true;
+        else
+            sizes.push_back(atoi(argv[i]));
+    }
     if (sizes.empty())
-        sizes = {1000, 10000};
+        sizes = {1000, 10000, 100000};
 
     char tmpl[] = "/tmp/bench-vda-XXXXXX";
     if (mkdtemp(tmpl) == nullptr) {
@@ -128,33 +171,42 @@ int main(int argc, char **argv)
 
     datatree_t *rcf = readconfigtree();
     datatree_t *wcf = writeconfigtree();
-    printf("%8s  %10s  %12s  %14s\n", "records", "read s", "write read s", "write n-loop s");
+    int rc = 0;
     for (int n : sizes) {
-        std::string in = genfile(dir, n);
+        links = Links{};
         std::string out = dir + "/out.vda";
-
-        auto t0 = std::chrono::steady_clock::now();
-        datatree_t *tree = vdaread(in.data(), nullptr, rcf, nullptr);
-        double tread = seconds(t0);
-
-        t0 = std::chrono::steady_clock::now();
-        vdawrite(tree, out.data(), nullptr, nullptr, rcf, nullptr, nullptr, 0);
-        double twrite1 = seconds(t0);
-
         datatree_t *gen = gentree(n);
-        t0 = std::chrono::steady_clock::now();
-        vdawrite(gen, out.data(), nullptr, nullptr, wcf, nullptr, nullptr, 0);
-        double twrite2 = seconds(t0);
-
-        printf("%8d  %10.3f  %12.3f  %14.3f\n", n, tread, twrite1, twrite2);
-        fflush(stdout);
-        freedatatree(tree);
+        auto t0 = Clock::now();
+        int wrc = vdawrite(gen, out.data(), nullptr, nullptr, wcf, nullptr, nullptr, 0);
+        double tw = seconds(t0);
+        long wsize = filesize(out);
+        printf("vdawrite: %6d records: %8.3f s, %ld bytes, %.1f MB/s, rc %d\n", n, tw, wsize,
+               mbs(wsize, tw), wrc);
         freedatatree(gen);
+        if (wrc != 0)
+            rc = 1;
+
+        std::string in = genfile(dir, n);
+        links.stride = full || n <= 10000 ? 1 : 100;
+        t0 = Clock::now();
+        datatree_t *tree = vdaread(in.data(), nullptr, rcf, nullptr);
+        double tr = seconds(t0);
+        double own = tr - links.timed;
+        double linked = links.timed * static_cast<double>(links.stride);
+        long rsize = filesize(in);
+        printf("vdaread:  %6d records: %8.3f s%s, %ld bytes, %.1f MB/s; own work %.3f s "
+               "(%.1f MB/s), setparents %.3f s = %.0f %%\n",
+               n, own + linked, links.stride > 1 ? " est." : "", rsize, mbs(rsize, own + linked), own,
+               mbs(rsize, own), linked, 100.0 * linked / (own + linked));
+        fflush(stdout);
+        if (tree == nullptr)
+            rc = 1;
+        freedatatree(tree);
         unlink(in.c_str());
         unlink(out.c_str());
     }
     freedatatree(rcf);
     freedatatree(wcf);
     rmdir(dir.c_str());
-    return 0;
+    return rc;
 }

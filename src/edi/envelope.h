@@ -17,6 +17,7 @@ struct Unit {
     int interchange = 1;              // counted from 1 in the file
     int firstmsg = 0, lastmsg = 0;    // message numbers in the file, from 1; 0 if none
     std::string msgtype;              // type:version:release:agency of its messages
+    bool ownlayout = false;           // read with a layout taken from its one message
 };
 
 struct EnvelopeNotes {

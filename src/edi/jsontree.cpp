@@ -7,6 +7,7 @@
 #include <nlohmann/json.hpp>
 #include <stdexcept>
 
+#include "jsonfast.h"
 #include "treefields.h"
 
 namespace edi {
@@ -217,6 +218,8 @@ std::string treetojson(const datatree_t *tree, const char *key, const JsonMeta &
 
 datatree_t *jsontotree(const std::string &text, const std::string &name)
 {
+    if (datatree_t *tree = jsonfast(text))
+        return tree;
     json doc = json::parse(text, nullptr, false);
     if (doc.is_discarded()) {
         fprintf(stderr, "%s: not a valid JSON document\n", name.c_str());

@@ -40,7 +40,8 @@ bool loadmodule(Module &mod)
            lookup(mod.handle, "edifactwrite", mod.edifactwrite) &&
            lookup(mod.handle, "vdaread", mod.vdaread) &&
            lookup(mod.handle, "vdawrite", mod.vdawrite) &&
-           lookup(mod.handle, "seg_sep", mod.seg_sep);
+           lookup(mod.handle, "seg_sep", mod.seg_sep) &&
+           lookup(mod.handle, "charsetB", mod.charsetB);
 }
 
 }  // namespace edi

@@ -16,6 +16,7 @@ struct Module {
     decltype(&::vdaread) vdaread = nullptr;
     decltype(&::vdawrite) vdawrite = nullptr;
     char *seg_sep = nullptr;  // the module's service characters
+    char **charsetB = nullptr;  // the module's table for written characters
     void *handle = nullptr;
 };
 

@@ -35,7 +35,8 @@ const CommandHelp helps[] = {
          "exit status: 0 success, 1 the conversion failed, 2 usage error.\n"
          "'edi COMMAND --help' describes a command.\n"},
     {"read", "usage: edi read INPUT... [--servconf FILE | --config FILE...]\n"
-             "                [--format tree|json] [--raw] [--verbose] [-j N] [-o OUT]\n"
+             "                [--format tree|json] [--raw] [--keep-going] [--verbose]\n"
+             "                [-j N] [-o OUT]\n"
              "\n"
              "Reads each EDIFACT interchange into a tree.  The configuration is\n"
              "chosen by the file's document type and sender from the service\n"
@@ -48,10 +49,12 @@ const CommandHelp helps[] = {
              "on stderr (tree format) or in the \"key\" field (json).  With several\n"
              "INPUT files or a folder and -o, OUT is a folder that receives one\n"
              "result per input.  -j N reads N inputs at once in processes of\n"
-             "their own and ends with a summary.  --validate also checks each\n"
-             "file against its directories as edi validate does, on stderr.\n"
-             "Without --config or --servconf each message type's configuration\n"
-             "is generated from the directory its UNH names.\n"},
+             "their own and ends with a summary.  Segments the configuration has\n"
+             "no place for are listed and fail the read unless --keep-going.\n"
+             "--validate also checks each file against its directories as edi\n"
+             "validate does, on stderr.  Without --config or --servconf each\n"
+             "message type's configuration is generated from the directory its\n"
+             "UNH names.\n"},
     {"validate", "usage: edi validate INPUT...\n"
                  "\n"
                  "Checks each EDIFACT interchange against the directory that each\n"

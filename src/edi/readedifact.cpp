@@ -1,12 +1,19 @@
 #include <stdio.h>
 #include <stdlib.h>
 
+#include <map>
+
 #include "autoconfig.h"
 #include "capture.h"
+#include "compositepad.h"
+#include "reescape.h"
 #include "edihost.h"
 #include "envelope.h"
 #include "explain.h"
+#include "filelayout.h"
 #include "output.h"
+#include "placement.h"
+#include "segments.h"
 #include "readinput.h"
 #include "transport.h"
 
@@ -53,6 +60,147 @@ datatree_t *configfor(const std::vector<datatree_t *> &configs, const std::strin
     return nullptr;
 }
 
+// Configurations generated from the directory data, one per message type,
+// released with the read.
+struct Generated {
+    std::map<std::string, datatree_t *> trees;  // NULL: no directory has it
+    std::map<std::string, std::string> errors;
+    ~Generated()
+    {
+        for (auto &[type, tree] : trees)
+            if (tree != nullptr)
+                freedatatree(tree);
+    }
+    datatree_t *get(const std::string &msgtype, std::string &err)
+    {
+        auto it = trees.find(msgtype);
+        if (it == trees.end()) {
+            it = trees.emplace(msgtype, configformessage(msgtype, false, errors[msgtype])).first;
+        }
+        err = errors[msgtype];
+        return it->second;
+    }
+};
+
+// The message type of type:version:release:agency.
+std::string typeof(const std::string &msgtype)
+{
+    return msgtype.substr(0, msgtype.find(':'));
+}
+
+// Units whose messages no directory describes are cut into one unit per
+// message, each to be read with a layout taken from itself; the rest stay.
+std::vector<Unit> ownlayouts(const std::vector<Unit> &units, Generated &gen,
+                             std::vector<std::string> &changes)
+{
+    std::vector<Unit> out;
+    for (const Unit &u : units) {
+        std::string err;
+        if (u.msgtype.empty() || typeof(u.msgtype).empty() || gen.get(u.msgtype, err) != nullptr) {
+            out.push_back(u);
+            continue;
+        }
+        changes.push_back(describeunit(u) + ": " + err +
+                          ", so each message was read with a layout taken from itself");
+        for (Unit &one : splitmessages(u)) {
+            one.ownlayout = true;
+            out.push_back(std::move(one));
+        }
+    }
+    return out;
+}
+
+// The working copy of one unit as the module shall read it: release
+// characters it would misread rewritten, composites without component
+// separator given one.  Each change is noted (and printed with --verbose).
+std::string prepareunit(const Unit &u, const datatree_t *config, const Options &opt,
+                        const std::string &input, std::vector<std::string> &changes)
+{
+    std::vector<std::string> notes;
+    bool changed = false;
+    char release = 0;
+    std::string text = reescape(u.text, changed, release);
+    if (changed)
+        notes.push_back(describeunit(u) + ": release characters written as '" +
+                        printable(std::string(1, release)) +
+                        "' (declared in UNA), because a released release character stands "
+                        "in front of a separator, which the reader would take as released");
+    size_t padded = 0;
+    text = padcomposites(text, config, padded);
+    if (padded > 0)
+        notes.push_back(describeunit(u) + ": " + std::to_string(padded) + " element" +
+                        (padded == 1 ? "" : "s") +
+                        " without component separator where the configuration has a "
+                        "composite given one, so that each value is read once");
+    if (opt.verbose)
+        printprefixed(input, notes);
+    changes.insert(changes.end(), notes.begin(), notes.end());
+    return text;
+}
+
+// True if a configuration generated from the directory left segments of
+// `u` out although it knows every tag of them: the directory's structure
+// allows the segment where it stands, but the reader, which places forward
+// only, took an earlier place for an earlier segment.  Such a message is
+// read again with a layout taken from itself, which places every segment;
+// a tag the directory does not know stays a failure of the file.
+bool retryownlayout(const std::string &input, const Unit &u, const std::string &text,
+                    const datatree_t *tree, const datatree_t *config, const Options &opt,
+                    std::vector<std::string> &changes)
+{
+    std::vector<LeftOut> lost = leftout(text, tree);
+    if (lost.empty() || !unknowntag(text, config).empty())
+        return false;
+    const LeftOut &lo = lost.front();
+    int msg = u.firstmsg > 0 ? u.firstmsg + lo.message - 1 : lo.message;
+    std::string note = describeunit(u) + ": the directory's layout has no place for message " +
+                       std::to_string(msg) + ", segment " + std::to_string(lo.position) + " (" +
+                       printable(lo.tag) +
+                       ") where it stands (the reader places segments forward only), so each "
+                       "message was read with a layout taken from itself";
+    if (opt.verbose)
+        printprefixed(input, {note});
+    changes.push_back(note);
+    return true;
+}
+
+// Reports the segments of `u` that the read left out of `tree`; true if
+// there are any.
+bool reportleftout(const std::string &input, const Unit &u, const std::string &text,
+                   const datatree_t *tree, const datatree_t *config, const Options &opt,
+                   std::vector<std::string> &changes)
+{
+    std::vector<LeftOut> lost = leftout(text, tree);
+    size_t total = 0;
+    for (const LeftOut &lo : lost) {
+        int msg = u.firstmsg > 0 ? u.firstmsg + lo.message - 1 : lo.message;
+        std::string what = "message " + std::to_string(msg) + ", segment " +
+                           std::to_string(lo.position) + " (" + printable(lo.tag) + ")";
+        std::string behind = lo.count > 1 ? " and the " + std::to_string(lo.count - 1) +
+                                                " segment" + (lo.count > 2 ? "s" : "") +
+                                                " behind it in the message"
+                                          : "";
+        std::string seg = lo.tag + "'";
+        bool known = config == nullptr || unknowntag(seg, config).empty();
+        fprintf(stderr, "%s: %s: the configuration has %s, so it%s did not reach the tree\n",
+                input.c_str(), what.c_str(),
+                known ? "no place for this segment here"
+                      : ("no segment " + printable(lo.tag) + " at all").c_str(),
+                behind.c_str());
+        changes.push_back("left out of the tree: " + what + behind);
+        total += lo.count;
+    }
+    if (lost.empty())
+        return false;
+    fprintf(stderr,
+            "%s: %zu segment%s left out of the tree: the reader places segments strictly in the "
+            "order of the configuration and places nothing more of a message behind a segment "
+            "it cannot place; give a configuration that describes the message as it is%s.\n",
+            input.c_str(), total, total == 1 ? "" : "s",
+            opt.keepgoing ? "" : ", or --keep-going to accept the tree without them");
+    return true;
+}
+
 }  // namespace
 
 ReadResult readedifactinput(const Module &mod, const Options &opt,
@@ -64,6 +212,7 @@ ReadResult readedifactinput(const Module &mod, const Options &opt,
         return res;
 
     std::vector<Unit> units;
+    Generated gen;
     if (opt.raw) {
         units.emplace_back();
         units.back().text = bytes;
@@ -74,6 +223,9 @@ ReadResult readedifactinput(const Module &mod, const Options &opt,
         EnvelopeNotes en;
         units = prepareenvelope(clean, en);
         res.changes.insert(res.changes.end(), en.changes.begin(), en.changes.end());
+        if (en.faults.empty() && configs.size() == 1 && configs[0] == nullptr &&
+            opt.servconf.empty())
+            units = ownlayouts(units, gen, res.changes);
         if (opt.verbose)
             printprefixed(input, res.changes);
         if (!en.faults.empty()) {
@@ -88,7 +240,8 @@ ReadResult readedifactinput(const Module &mod, const Options &opt,
 
     datatree_t *combined = nullptr;
     datatree_t **tail = nullptr;
-    for (const Unit &u : units) {
+    for (size_t k = 0; k < units.size(); k++) {
+        const Unit u = units[k];  // a copy: units may grow behind it
         datatree_t *config = configfor(configs, u.msgtype);
         if (config == nullptr && configs.size() > 1) {
             fprintf(stderr, "%s: no configuration given for the message type %s (%s); give its "
@@ -101,20 +254,28 @@ ReadResult readedifactinput(const Module &mod, const Options &opt,
         // Neither --config nor --servconf: the configuration is generated
         // from the directory the message header names.
         datatree_t *generated = nullptr;
+        bool fromdirectory = false;
         if (config == nullptr && opt.servconf.empty() && !u.msgtype.empty()) {
             std::string err;
-            generated = configformessage(u.msgtype, false, err);
-            if (generated == nullptr) {
+            if (u.ownlayout) {
+                std::string text = layoutfromtext(u.text);
+                generated = edihost_parsetree(text.data(), text.size(), "layout of the message");
+                config = generated;
+            } else {
+                config = gen.get(u.msgtype, err);
+                fromdirectory = true;
+            }
+            if (config == nullptr) {
                 fprintf(stderr, "%s: %s\n", input.c_str(), err.c_str());
                 if (combined != nullptr)
                     freedatatree(combined);
                 return ReadResult{nullptr, {}, res.changes};
             }
-            config = generated;
         }
         envelope_t *ev = nullptr;
+        std::string text = opt.raw ? u.text : prepareunit(u, config, opt, input, res.changes);
         StderrCapture cap(opt.trace < 0);
-        datatree_t *tree = readworkingcopy(mod, opt, config, input, u.text, &ev);
+        datatree_t *tree = readworkingcopy(mod, opt, config, input, text, &ev);
         if (generated != nullptr)
             freedatatree(generated);
         std::vector<std::string> lines = cap.lines();
@@ -122,7 +283,25 @@ ReadResult readedifactinput(const Module &mod, const Options &opt,
         if (tree == nullptr) {
             std::string where = units.size() > 1 ? " (" + describeunit(u) + ")" : "";
             fprintf(stderr, "%s: %s%s\n", input.c_str(),
-                    explainread(lines, u.text, opt.raw).c_str(), where.c_str());
+                    explainread(lines, text, opt.raw).c_str(), where.c_str());
+            freeenvelope(ev);
+            if (combined != nullptr)
+                freedatatree(combined);
+            edihost_clearinput();
+            return ReadResult{nullptr, {}, res.changes};
+        }
+        if (fromdirectory && !opt.raw && retryownlayout(input, u, text, tree, config, opt, res.changes)) {
+            // Read again, each message with its own layout, right behind.
+            freedatatree(tree);
+            freeenvelope(ev);
+            std::vector<Unit> parts = splitmessages(u);
+            for (Unit &p : parts)
+                p.ownlayout = true;
+            units.insert(units.begin() + static_cast<long>(k) + 1, parts.begin(), parts.end());
+            continue;
+        }
+        if (reportleftout(input, u, text, tree, config, opt, res.changes) && !opt.keepgoing) {
+            freedatatree(tree);
             freeenvelope(ev);
             if (combined != nullptr)
                 freedatatree(combined);

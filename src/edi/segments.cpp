@@ -11,7 +11,7 @@ std::vector<std::string> cut(std::string_view s, char sep, char rel)
 {
     std::vector<std::string> out(1);
     for (size_t i = 0; i < s.size(); i++) {
-        if (s[i] == sep && (i == 0 || s[i - 1] != rel)) {
+        if (s[i] == sep && !released(s, i, 0, rel)) {
             out.emplace_back();
             continue;
         }
@@ -21,6 +21,14 @@ std::vector<std::string> cut(std::string_view s, char sep, char rel)
 }
 
 }  // namespace
+
+bool released(std::string_view text, size_t pos, size_t from, char rel)
+{
+    size_t run = 0;
+    while (pos > from + run && text[pos - run - 1] == rel)
+        run++;
+    return run % 2 == 1;
+}
 
 Syntax syntaxof(std::string_view text)
 {
@@ -58,9 +66,8 @@ std::vector<Segment> cutsegments(std::string_view text)
             add(start + 9, true);
             continue;
         }
-        // Only the one character in front counts, as in the module's reader.
         size_t i = start;
-        while (i < text.size() && (text[i] != sx.seg || (i > start && text[i - 1] == sx.rel)))
+        while (i < text.size() && (text[i] != sx.seg || released(text, i, start, sx.rel)))
             i++;
         if (i < text.size())
             add(i + 1, true);

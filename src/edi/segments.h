@@ -1,6 +1,6 @@
-// The segments of an interchange as the module cuts them: service
-// characters from UNA (or the defaults), a terminator or separator with the
-// release character directly in front of it is text.
+// The segments of an interchange as the syntax cuts them: service
+// characters from UNA (or the defaults), a terminator or separator behind
+// an odd number of release characters is text.
 #ifndef EDI_SEGMENTS_H
 #define EDI_SEGMENTS_H
 
@@ -24,6 +24,13 @@ struct Segment {
     bool terminated = false;    // false for a last piece without terminator
     Syntax sx;                  // the service characters in force for it
 };
+
+// True if the character at `pos` is released: an odd number of release
+// characters stands directly in front of it (from `from` on).  The module's
+// reader looks only at the one character in front; a working copy that
+// would read differently is rewritten first (reescape.h), so that both
+// agree.
+bool released(std::string_view text, size_t pos, size_t from, char rel);
 
 // Cuts `text` into segments.  A UNA (nine bytes) at the start of a segment
 // is a segment of its own whose service characters hold from there on, so

@@ -116,7 +116,7 @@ std::string striptransport(const std::string &bytes, TransportNotes &notes)
             continue;
         }
         size_t end = j;
-        while (end < in.size() && (in[end] != sx.seg || (end > j && in[end - 1] == sx.rel)))
+        while (end < in.size() && (in[end] != sx.seg || released(in, end, j, sx.rel)))
             end++;
         if (end >= in.size()) {
             // No terminator any more: filler only is dropped, anything else is

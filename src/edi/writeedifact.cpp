@@ -6,6 +6,7 @@
 #include <unistd.h>
 
 #include <string>
+#include <unordered_map>
 #include <vector>
 
 #include "autoconfig.h"
@@ -14,8 +15,10 @@
 #include "countfix.h"
 #include "edihost.h"
 #include "explain.h"
+#include "filelayout.h"
 #include "output.h"
 #include "readinput.h"
+#include "valueloss.h"
 #include "renumber.h"
 
 namespace edi {
@@ -73,26 +76,63 @@ bool describes(const datatree_t *config, const std::string &name)
     return false;
 }
 
+// Messages written by one call of the module with one configuration.
+struct Piece {
+    datatree_t *first = nullptr, *last = nullptr;
+    datatree_t *config = nullptr;
+};
+
+// A message read with a layout taken from itself: its UNH elements are
+// named by position.
+bool ownlayout(const datatree_t *message)
+{
+    const datatree_t *unh = message->child;
+    while (unh != nullptr && (unh->xmltag == nullptr || strcmp(unh->xmltag, "$UNH") != 0))
+        unh = unh->next;
+    return unh != nullptr && unh->child != nullptr && unh->child->xmltag != nullptr &&
+           strcmp(unh->child->xmltag, "UNH01") == 0;
+}
+
 // No --config: each message type's outbound configuration is generated from
-// the directory that its UNH, or --message, names.
-bool generateconfigs(datatree_t *tree, const Options &opt, std::vector<datatree_t *> &configs)
+// the directory that its UNH, or --message, names; a message read with a
+// layout taken from itself is written with that layout, one at a time.
+bool generateconfigs(datatree_t *tree, const Options &opt, std::vector<datatree_t *> &configs,
+                     std::vector<Piece> &pieces)
 {
     const std::string &name = opt.inputs[0];
     bool used = opt.message.empty();
     for (const Run &r : messageruns(tree)) {
-        bool have = false;
+        datatree_t *have = nullptr;
         for (datatree_t *c : configs)
-            have = have || r.name == messagename(c);
-        std::string err, id = have ? "" : messageid(r.first, opt.message, err);
+            if (r.name == messagename(c))
+                have = c;
+        if (have != nullptr) {
+            pieces.push_back(Piece{r.first, r.last, have});
+            continue;
+        }
+        std::string err, id = messageid(r.first, opt.message, err);
         std::string prefix = r.name.substr(r.name.empty() ? 0 : 1) + ":";
         used = used || opt.message.compare(0, prefix.size(), prefix) == 0;
-        datatree_t *config = have || id.empty() ? nullptr : configformessage(id, true, err);
-        if (!have && config == nullptr) {
+        datatree_t *config = id.empty() ? nullptr : configformessage(id, true, err);
+        if (config == nullptr && ownlayout(r.first)) {
+            for (datatree_t *m = r.first;; m = m->next) {
+                std::string text = layoutfromtree(m);
+                datatree_t *own = edihost_parsetree(text.data(), text.size(), "layout of the message");
+                if (own == nullptr)
+                    return false;
+                configs.push_back(own);
+                pieces.push_back(Piece{m, m, own});
+                if (m == r.last)
+                    break;
+            }
+            continue;
+        }
+        if (config == nullptr) {
             fprintf(stderr, "%s: %s\n", name.c_str(), err.c_str());
             return false;
         }
-        if (config != nullptr)
-            configs.push_back(config);
+        configs.push_back(config);
+        pieces.push_back(Piece{r.first, r.last, config});
     }
     if (configs.empty()) {
         fprintf(stderr, "%s: the tree holds no message\n", name.c_str());
@@ -104,6 +144,35 @@ bool generateconfigs(datatree_t *tree, const Options &opt, std::vector<datatree_
         return false;
     }
     return true;
+}
+
+// Names the values the writer will cut or change, before it writes them.
+void reportvalueloss(const Module &mod, const Options &opt, const datatree_t *tree,
+                     const std::vector<Piece> &pieces)
+{
+    std::unordered_map<const datatree_t *, int> number;
+    int n = 0;
+    for (const datatree_t *m = tree->child; m != nullptr; m = m->next)
+        number[m] = ++n;
+    std::vector<std::string> lines;
+    for (const Piece &p : pieces) {
+        std::vector<std::string> l = valueloss(p.first, p.last, number[p.first], p.config,
+                                               mod.charsetB != nullptr ? *mod.charsetB : nullptr);
+        lines.insert(lines.end(), l.begin(), l.end());
+    }
+    if (lines.empty())
+        return;
+    const size_t shown = 20;
+    const std::string &name = opt.inputs[0];
+    for (size_t i = 0; i < lines.size() && i < shown; i++)
+        fprintf(stderr, "%s: %s\n", name.c_str(), lines[i].c_str());
+    if (lines.size() > shown)
+        fprintf(stderr, "%s: ... and %zu more\n", name.c_str(), lines.size() - shown);
+    fprintf(stderr,
+            "%s: %zu value%s written other than the tree holds them: the configuration's "
+            "lengths and the interchange's character set (UNOB) rule what the writer writes; "
+            "change the values in the tree, or give a configuration with longer elements.\n",
+            name.c_str(), lines.size(), lines.size() == 1 ? " is" : "s are");
 }
 
 // A private folder for the module's output; removed with what is in it.
@@ -176,26 +245,20 @@ Exit writeedifact(const Module &mod, const Options &opt)
         configs.push_back(cf);
     }
     datatree_t *tree = loadtree(opt.inputs[0]);
-    if (tree == nullptr || (configs.empty() && !generateconfigs(tree, opt, configs))) {
+    std::vector<Piece> pieces;
+    if (tree == nullptr || (configs.empty() && !generateconfigs(tree, opt, configs, pieces))) {
         if (tree != nullptr)
             freedatatree(tree);
         release();
         return exit_failed;
     }
 
-    // The loop numbers the writer looks for follow the configuration's
-    // layout; a tree made by hand or read with another configuration gets
-    // them as a read with this one would give them.
-    for (datatree_t *c : configs)
-        renumberloops(c, tree);
-
     // One configuration writes the whole tree; with several, each run of
     // messages goes with the configuration of its message node.
     std::vector<std::string> texts;
     bool ok = true;
-    std::vector<Run> runs = messageruns(tree);
-    if (configs.size() == 1) {
-        for (const Run &r : runs) {
+    if (pieces.empty() && configs.size() == 1) {
+        for (const Run &r : messageruns(tree)) {
             if (!describes(configs[0], r.name)) {
                 fprintf(stderr,
                         "%s: the tree holds %s, which the configuration does not describe, so "
@@ -205,12 +268,9 @@ Exit writeedifact(const Module &mod, const Options &opt)
                 ok = false;
             }
         }
-        std::string text;
-        ok = ok && writeonce(mod, opt, tree, configs[0], text);
-        texts.push_back(text);
-    } else {
-        datatree_t *children = tree->child;
-        for (const Run &r : runs) {
+        pieces.push_back(Piece{tree->child, nullptr, configs[0]});
+    } else if (pieces.empty()) {
+        for (const Run &r : messageruns(tree)) {
             datatree_t *config = nullptr;
             for (datatree_t *c : configs)
                 if (r.name == messagename(c))
@@ -223,17 +283,39 @@ Exit writeedifact(const Module &mod, const Options &opt)
                 ok = false;
                 break;
             }
-            // The run alone under the root, numbered from 1 as the writer
+            pieces.push_back(Piece{r.first, r.last, config});
+        }
+    }
+    // The loop numbers the writer looks for follow the configuration's
+    // layout; a tree made by hand or read with another configuration gets
+    // them as a read with this one would give them.
+    for (const Piece &p : pieces) {
+        if (p.last == nullptr)
+            renumbertree(p.config, tree);
+        else
+            for (datatree_t *m = p.first; m != nullptr; m = m == p.last ? nullptr : m->next)
+                renumbermessage(p.config, m);
+    }
+    if (ok)
+        reportvalueloss(mod, opt, tree, pieces);
+    if (ok && pieces.size() == 1 && pieces[0].last == nullptr) {
+        std::string text;
+        ok = writeonce(mod, opt, tree, pieces[0].config, text);
+        texts.push_back(text);
+    } else if (ok) {
+        datatree_t *children = tree->child;
+        for (const Piece &p : pieces) {
+            // The piece alone under the root, numbered from 1 as the writer
             // looks its messages up; the links are restored behind.
-            datatree_t *after = r.last->next;
-            r.last->next = nullptr;
-            tree->child = r.first;
+            datatree_t *after = p.last->next;
+            p.last->next = nullptr;
+            tree->child = p.first;
             int n = 0;
-            for (datatree_t *tp = r.first; tp != nullptr; tp = tp->next)
+            for (datatree_t *tp = p.first; tp != nullptr; tp = tp->next)
                 tp->loopcnt = ++n;
             std::string text;
-            ok = writeonce(mod, opt, tree, config, text);
-            r.last->next = after;
+            ok = writeonce(mod, opt, tree, p.config, text);
+            p.last->next = after;
             tree->child = children;
             texts.push_back(text);
             if (!ok)

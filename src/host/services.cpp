@@ -8,7 +8,6 @@
 #include <new>
 #include <string>
 #include <unordered_set>
-#include <vector>
 
 #include "edihost.h"
 
@@ -102,26 +101,32 @@ void copynodeparms(datatree_t *dst, datatree_t *src, int line)
     dst->file = src->file; // shared, see edihost_internname
 }
 
-// Iterative, so that trees of any depth or width are linked without
-// exhausting the stack.
+// Iterative and without memory of its own, so that trees of any depth or
+// width are linked without exhausting the stack: the walk goes down
+// through `child`, on through `next`, and back up through the parent
+// links it has just set.  vdaread calls it once per line on the whole
+// growing tree, so each node costs a few instructions and nothing else.
 void setparents(datatree_t *tree, int flag)
 {
     (void)flag;
     if (tree == nullptr)
         return;
-    try {
-        std::vector<datatree_t *> todo{tree};
-        while (!todo.empty()) {
-            datatree_t *tp = todo.back();
-            todo.pop_back();
-            for (datatree_t *cp = tp->child; cp != nullptr; cp = cp->next) {
-                cp->parent = tp;
-                if (cp->child != nullptr)
-                    todo.push_back(cp);
-            }
+    datatree_t *up = tree;
+    datatree_t *cp = tree->child;
+    while (cp != nullptr) {
+        cp->parent = up;
+        if (cp->child != nullptr) {
+            up = cp;
+            cp = cp->child;
+            continue;
         }
-    } catch (const std::bad_alloc &) {
-        edihost_outofmemory();
+        while (cp->next == nullptr) {
+            if (up == tree)
+                return;
+            cp = up;
+            up = cp->parent;
+        }
+        cp = cp->next;
     }
 }
 
@@ -149,25 +154,30 @@ void freedatatree(datatree_t *tree)
 }
 
 // The names from the root (as far as parent links go) down to `node`,
-// joined by '.'.  Valid until the next call.
+// joined by '.'.  Valid until the next call.  The writers ask for a path
+// per element, so the text is measured first and then filled from its end
+// into a buffer that is kept between calls.
 char *pathfornode(datatree_t *node, int flag)
 {
     (void)flag;
     static std::string path;
     if (node == nullptr)
         return nullptr;
+    size_t len = 0;
+    for (datatree_t *tp = node; tp != nullptr; tp = tp->parent)
+        len += strlen(tp->xmltag) + (tp != node ? 1 : 0);
     try {
-        std::vector<const char *> names;
-        for (datatree_t *tp = node; tp != nullptr; tp = tp->parent)
-            names.push_back(tp->xmltag);
-        path.clear();
-        for (auto it = names.rbegin(); it != names.rend(); ++it) {
-            if (it != names.rbegin())
-                path += '.';
-            path += *it;
-        }
+        path.resize(len);
     } catch (const std::bad_alloc &) {
         edihost_outofmemory();
+    }
+    size_t end = len;
+    for (datatree_t *tp = node; tp != nullptr; tp = tp->parent) {
+        if (tp != node)
+            path[--end] = '.';
+        size_t n = strlen(tp->xmltag);
+        end -= n;
+        memcpy(&path[end], tp->xmltag, n);
     }
     return path.data();
 }

@@ -43,26 +43,29 @@ std::string shellQuoted(const std::string& s) {
   return q + "'";
 }
 
-// The command line with its variables expanded and `edi` naming the built program.
+// The command line with its variables expanded and `edi` naming the built
+// program, at the start and behind `&&` (a round trip is two commands).
 std::string expandCommand(std::string cmd) {
   while (!cmd.empty() && (cmd.back() == '\n' || cmd.back() == '\r')) cmd.pop_back();
   replaceAll(cmd, "${CONFIGS}", EDIPROT_CONFIGS);
   replaceAll(cmd, "${CORPUS}", EDIPROT_CORPUS);
   replaceAll(cmd, "${SAMPLES}", EDIPROT_SAMPLES);
   if (cmd.rfind("edi ", 0) == 0) cmd = shellQuoted(EDI_PROGRAM) + cmd.substr(3);
+  replaceAll(cmd, "&& edi ", "&& " + shellQuoted(EDI_PROGRAM) + " ");
   return cmd;
 }
 
-// `env` holds VAR=value lines; they are handed to the command only.
+// `env` holds VAR=value lines; they are exported to every command of the
+// line.
 std::string environmentPrefix(const fs::path& file) {
   std::string prefix;
   if (!fs::exists(file)) return prefix;
   std::ifstream in(file);
   for (std::string line; std::getline(in, line);) {
     if (line.empty() || line.find('=') == std::string::npos) continue;
-    prefix += shellQuoted(line) + " ";
+    prefix += "export " + shellQuoted(line) + "; ";
   }
-  return prefix.empty() ? prefix : "env " + prefix;
+  return prefix;
 }
 
 std::string unifiedDiff(const fs::path& expected, const fs::path& actual) {
@@ -100,12 +103,21 @@ TEST_P(Golden, Case) {
   fs::create_directories(results);
 
   const std::string line = "cd " + shellQuoted(work.string()) + " && " +
-                           environmentPrefix(source / "env") + expandCommand(readAll(source / "cmd")) +
-                           " >" + shellQuoted((results / "stdout").string()) + " 2>" +
+                           environmentPrefix(source / "env") + "{ " +
+                           expandCommand(readAll(source / "cmd")) + "; } >" + shellQuoted((results / "stdout").string()) + " 2>" +
                            shellQuoted((results / "stderr").string());
   const int status = std::system(line.c_str());
   ASSERT_TRUE(WIFEXITED(status)) << "command did not exit normally: " << line;
   std::ofstream(results / "exit") << WEXITSTATUS(status) << "\n";
+  // Messages name inputs by the paths the variables stood for; put the
+  // variables back, so that expectations hold in any checkout.
+  for (const char* n : {"stdout", "stderr"}) {
+    std::string text = readAll(results / n);
+    replaceAll(text, EDIPROT_CORPUS, "${CORPUS}");
+    replaceAll(text, EDIPROT_CONFIGS, "${CONFIGS}");
+    replaceAll(text, EDIPROT_SAMPLES, "${SAMPLES}");
+    std::ofstream(results / n, std::ios::binary) << text;
+  }
 
   // exit, stdout and stderr are always compared (a missing one means empty);
   // any other file in expected/ is an output the command must write.

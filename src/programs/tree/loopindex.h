@@ -10,14 +10,16 @@
 #define EDIPROT_LOOPINDEX_H
 
 #include <stddef.h>
+#include <stdint.h>
 
+#include <span>
 #include <vector>
 
 #include "ediprot.h"
 
 namespace ediprot {
 
-// Chains of at most this many siblings keep the plain walk.
+// By default chains of at most this many siblings keep the plain walk.
 constexpr size_t kLoopIndexMin = 32;
 
 // Makes the index available for its lifetime; nested scopes share one.
@@ -29,14 +31,20 @@ public:
     LoopIndexScope &operator=(const LoopIndexScope &) = delete;
 };
 
-// True while a LoopIndexScope lives.
+// True while a LoopIndexScope lives (and the index is not switched off).
 bool loopindex_active();
 
+// For tests that compare the index with the plain walk: chains longer than
+// `min` siblings are indexed from the next scope on; kLoopIndexOff leaves
+// every lookup to the plain walk.  The writers never call it.
+constexpr size_t kLoopIndexOff = SIZE_MAX;
+void loopindex_setmin(size_t min);
+
 // The siblings of chain `head` named name[0..n) in chain order; for a loop
-// name ('*' first) only those whose loopcnt equals `lct`.  NULL when no
-// scope is active or the chain is short: the caller then walks the chain.
-const std::vector<datatree_t *> *loopindex_find(datatree_t *head, const char *name,
-                                                size_t n, long lct);
+// name ('*' first) only those whose loopcnt equals `lct`.  False when no
+// index is active or the chain is short: the caller then walks the chain.
+bool loopindex_find(datatree_t *head, const char *name, size_t n, long lct,
+                    std::span<datatree_t *const> *cands);
 
 }  // namespace ediprot
 

@@ -45,8 +45,9 @@ datatree_t *indexedsearch(const char *path, const char *loop, datatree_t *tree,
         return tp;
     };
 
-    if (const std::vector<datatree_t *> *cands = loopindex_find(tree, path, n, lct)) {
-        for (datatree_t *tp : *cands)
+    std::span<datatree_t *const> cands;
+    if (loopindex_find(tree, path, n, lct, &cands)) {
+        for (datatree_t *tp : cands)
             if (datatree_t *found = visit(tp))
                 return found;
         return nullptr;

@@ -13,6 +13,7 @@ struct Chain {
 };
 
 int scopes = 0;
+bool enabled = true;
 std::unordered_map<datatree_t **, Chain> *chains = nullptr;
 
 std::string keyof(const char *name, int cnt)
@@ -37,7 +38,7 @@ void extend(Chain &c)
 
 RecordIndexScope::RecordIndexScope()
 {
-    if (scopes++ == 0)
+    if (scopes++ == 0 && enabled)
         chains = new std::unordered_map<datatree_t **, Chain>;
 }
 
@@ -69,6 +70,11 @@ void recordindex_appended(datatree_t **head)
     auto it = chains->find(head);
     if (it != chains->end())
         extend(it->second);
+}
+
+void recordindex_setenabled(bool on)
+{
+    enabled = on;
 }
 
 }  // namespace ediprot

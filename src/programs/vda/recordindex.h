@@ -26,6 +26,10 @@ datatree_t **recordindex_find(datatree_t **head, const char *name, int cnt);
 // Tells the index that *slot (the end slot recordindex_find gave) is filled.
 void recordindex_appended(datatree_t **head);
 
+// For tests that compare the index with the plain walk: off, every scope
+// leaves insrecord to walk its chains.  vdaread never calls it.
+void recordindex_setenabled(bool on);
+
 }  // namespace ediprot
 
 #endif

@@ -1,0 +1,2 @@
+// The fast reader that the JSON import tries first.
+#include "../../src/edi/jsonfast.cpp"
