@@ -63,8 +63,9 @@ const CommandHelp helps[] = {
                  "mandatory segment, group or element missing, a segment or group\n"
                  "repeated more often than allowed, a segment with no place in the\n"
                  "structure, a value longer than its representation, a non-numeric\n"
-                 "value in a numeric element, a code not in its code list.  Exit\n"
-                 "status 1 when anything was found.\n"},
+                 "value in a numeric element, a code not in its code list, a UNT\n"
+                 "count or reference that does not match.  Exit status 1 when\n"
+                 "anything was found.\n"},
     {"write", "usage: edi write TREE [--config FILE... | --message TYPE:DIRECTORY]\n"
               "                 --sender ID --recipient ID\n"
               "                 [--test] [--reference REF | --exact] [--verbose] -o OUT\n"

@@ -20,7 +20,7 @@ namespace {
 
 using json = nlohmann::ordered_json;
 
-std::string quoted(const std::string &v)
+std::string shown(const std::string &v)
 {
     std::string r = "'";
     for (unsigned char c : v) {
@@ -192,17 +192,17 @@ struct Checker {
                     digits = 0, i = v.size();
             }
             if (digits == 0) {
-                report(pos, "value " + quoted(v) + " of " + id + " is not numeric (" + repr + ")");
+                report(pos, "value " + shown(v) + " of " + id + " is not numeric (" + repr + ")");
                 return;
             }
         }
         size_t at = repr.find_first_of("0123456789");
         size_t max = at == std::string::npos ? 0 : std::stoul(repr.substr(at, 6));
         if (e.value("reprfrom", "") != "codes" && max > 0 && len > max)
-            report(pos, "value " + quoted(v) + " of " + id + " is longer than " + repr);
+            report(pos, "value " + shown(v) + " of " + id + " is longer than " + repr);
         if (e.value("coded", false))
             if (auto *codes = codelist(id); codes && !std::binary_search(codes->begin(), codes->end(), v))
-                report(pos, "code " + quoted(v) + " of " + id + " is not in its code list");
+                report(pos, "code " + shown(v) + " of " + id + " is not in its code list");
     }
 
     void checksegment(const SegmentValues &s)
@@ -267,6 +267,20 @@ std::vector<Finding> validate(const Directory &d, const std::string &type,
         return {};
     Checker c{*d.data, segs, {}, 0, {}};
     c.run(d.data->j["messages"][type]["structure"]);
+    // The trailer's count and reference, as a partner checks them.
+    const SegmentValues &unh = segs.front(), &unt = segs.back();
+    auto first = [](const SegmentValues &s, size_t e) {
+        return e < s.elements.size() && !s.elements[e].empty() ? s.elements[e][0] : "";
+    };
+    if (unh.tag == "UNH" && unt.tag == "UNT") {
+        std::string count = first(unt, 0), ref = first(unt, 1);
+        if (!count.empty() && count != std::to_string(segs.size()))
+            c.report(segs.size() - 1, "segment count " + shown(count) + " of UNT, the message has " +
+                                          std::to_string(segs.size()));
+        if (!ref.empty() && ref != first(unh, 0))
+            c.report(segs.size() - 1, "message reference " + shown(ref) + " of UNT differs from " +
+                                          shown(first(unh, 0)) + " of UNH");
+    }
     return std::move(c.out);
 }
 
