@@ -2,9 +2,11 @@
 
 #include <string.h>
 
-namespace edi {
+namespace edi
+{
 
-namespace {
+namespace
+{
 
 bool holdsdata(const datatree_t *tp)
 {
@@ -43,7 +45,7 @@ void number(const datatree_t *conf, datatree_t *data)
     }
 }
 
-}  // namespace
+} // namespace
 
 void renumbertree(const datatree_t *config, datatree_t *tree)
 {
@@ -60,4 +62,4 @@ void renumbermessage(const datatree_t *config, datatree_t *message)
         }
 }
 
-}  // namespace edi
+} // namespace edi

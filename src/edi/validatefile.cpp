@@ -10,9 +10,11 @@
 #include "transport.h"
 #include "validate.h"
 
-namespace edi {
+namespace edi
+{
 
-namespace {
+namespace
+{
 
 // A value as the partner meant it: release characters taken out.
 std::string unreleased(const std::string &v, char rel)
@@ -54,7 +56,7 @@ struct Directories {
     }
 };
 
-}  // namespace
+} // namespace
 
 int validatefile(const std::string &input, FILE *out)
 {
@@ -71,7 +73,8 @@ int validatefile(const std::string &input, FILE *out)
             continue;
         // The message runs to its UNT, or up to the next UNH or UNZ.
         std::vector<edihost::SegmentValues> msg{valuesof(text, segs[i])};
-        for (size_t k = i + 1; k < segs.size() && segs[k].tag != "UNH" && segs[k].tag != "UNZ"; k++) {
+        for (size_t k = i + 1; k < segs.size() && segs[k].tag != "UNH" && segs[k].tag != "UNZ";
+             k++) {
             msg.push_back(valuesof(text, segs[k]));
             if (segs[k].tag == "UNT")
                 break;
@@ -88,8 +91,10 @@ int validatefile(const std::string &input, FILE *out)
             continue;
         }
         if (!id[3].empty() && id[3] != "UN") {
-            fprintf(out, "%s: message %d, segment 1 (UNH): %s of agency %s: only UN directories are known\n",
-                    input.c_str(), msgno, type.c_str(), printable(id[3]).c_str());
+            fprintf(
+                out,
+                "%s: message %d, segment 1 (UNH): %s of agency %s: only UN directories are known\n",
+                input.c_str(), msgno, type.c_str(), printable(id[3]).c_str());
             found++;
             continue;
         }
@@ -106,8 +111,8 @@ int validatefile(const std::string &input, FILE *out)
             continue;
         }
         for (const edihost::Finding &f : edihost::validate(*d, type, msg)) {
-            fprintf(out, "%s: message %d, segment %zu (%s): %s\n", input.c_str(), msgno,
-                    f.segment, printable(f.tag).c_str(), f.text.c_str());
+            fprintf(out, "%s: message %d, segment %zu (%s): %s\n", input.c_str(), msgno, f.segment,
+                    printable(f.tag).c_str(), f.text.c_str());
             found++;
         }
     }
@@ -118,4 +123,4 @@ int validatefile(const std::string &input, FILE *out)
     return found;
 }
 
-}  // namespace edi
+} // namespace edi

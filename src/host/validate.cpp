@@ -14,9 +14,11 @@
 
 #include "directorydata.h"
 
-namespace edihost {
+namespace edihost
+{
 
-namespace {
+namespace
+{
 
 using json = nlohmann::ordered_json;
 
@@ -59,7 +61,7 @@ struct Checker {
     const std::vector<SegmentValues> &segs;
     std::vector<Finding> out;
     size_t pos = 0;
-    std::vector<std::pair<const json *, const size_t *>> stack;  // each level's list and entry
+    std::vector<std::pair<const json *, const size_t *>> stack; // each level's list and entry
 
     void report(size_t at, const std::string &text)
     {
@@ -100,7 +102,7 @@ struct Checker {
         if (e.contains("group")) {
             size_t before = pos;
             run(e["children"]);
-            if (pos == before)  // a group without children: no endless loop
+            if (pos == before) // a group without children: no endless loop
                 pos++;
         } else {
             checksegment(segs[pos]);
@@ -123,7 +125,8 @@ struct Checker {
             // entry or an enclosing level can take it instead.
             if (firsttag(list[idx]) == tag) {
                 int max = list[idx].value("max", 1);
-                if (max < 0 || count < max || !(later(list, idx + 1, tag) < list.size() || outer(tag))) {
+                bool elsewhere = later(list, idx + 1, tag) < list.size() || outer(tag);
+                if (max < 0 || count < max || !elsewhere) {
                     take(list[idx], ++count);
                     continue;
                 }
@@ -201,7 +204,8 @@ struct Checker {
         if (e.value("reprfrom", "") != "codes" && max > 0 && len > max)
             report(pos, "value " + shown(v) + " of " + id + " is longer than " + repr);
         if (e.value("coded", false))
-            if (auto *codes = codelist(id); codes && !std::binary_search(codes->begin(), codes->end(), v))
+            if (auto *codes = codelist(id);
+                codes && !std::binary_search(codes->begin(), codes->end(), v))
                 report(pos, "code " + shown(v) + " of " + id + " is not in its code list");
     }
 
@@ -245,7 +249,8 @@ struct Checker {
                 std::string v = c < comps.size() ? comps[c] : std::string();
                 if (c >= parts.size()) {
                     if (!v.empty())
-                        report(pos, "component " + std::to_string(c + 1) + " has no place in " + id);
+                        report(pos,
+                               "component " + std::to_string(c + 1) + " has no place in " + id);
                     continue;
                 }
                 std::string cid = parts[c].value("id", "");
@@ -258,7 +263,7 @@ struct Checker {
     }
 };
 
-}  // namespace
+} // namespace
 
 std::vector<Finding> validate(const Directory &d, const std::string &type,
                               const std::vector<SegmentValues> &segs)
@@ -275,7 +280,8 @@ std::vector<Finding> validate(const Directory &d, const std::string &type,
     if (unh.tag == "UNH" && unt.tag == "UNT") {
         std::string count = first(unt, 0), ref = first(unt, 1);
         if (!count.empty() && count != std::to_string(segs.size()))
-            c.report(segs.size() - 1, "segment count " + shown(count) + " of UNT, the message has " +
+            c.report(segs.size() - 1, "segment count " + shown(count) +
+                                          " of UNT, the message has " +
                                           std::to_string(segs.size()));
         if (!ref.empty() && ref != first(unh, 0))
             c.report(segs.size() - 1, "message reference " + shown(ref) + " of UNT differs from " +
@@ -284,4 +290,4 @@ std::vector<Finding> validate(const Directory &d, const std::string &type,
     return std::move(c.out);
 }
 
-}  // namespace edihost
+} // namespace edihost
