@@ -12,11 +12,9 @@
 #include "edihost.h"
 #include "locations.h"
 
-namespace edi
-{
+namespace edi {
 
-namespace
-{
+namespace {
 
 std::string joined(const std::vector<std::string> &v)
 {
@@ -41,7 +39,7 @@ std::string value(const datatree_t *tp)
     return tp != nullptr && tp->data != nullptr ? tp->data : "";
 }
 
-} // namespace
+}  // namespace
 
 std::string directoriesdir()
 {
@@ -126,4 +124,4 @@ std::string messageid(const datatree_t *message, const std::string &given, std::
     return type + ":" + version + ":" + release;
 }
 
-} // namespace edi
+}  // namespace edi

@@ -2,11 +2,9 @@
 
 #include <string.h>
 
-namespace edi
-{
+namespace edi {
 
-namespace
-{
+namespace {
 
 bool holdsdata(const datatree_t *tp)
 {
@@ -45,7 +43,7 @@ void number(const datatree_t *conf, datatree_t *data)
     }
 }
 
-} // namespace
+}  // namespace
 
 void renumbertree(const datatree_t *config, datatree_t *tree)
 {
@@ -62,4 +60,4 @@ void renumbermessage(const datatree_t *config, datatree_t *message)
         }
 }
 
-} // namespace edi
+}  // namespace edi

@@ -10,11 +10,9 @@
 #include "transport.h"
 #include "validate.h"
 
-namespace edi
-{
+namespace edi {
 
-namespace
-{
+namespace {
 
 // A value as the partner meant it: release characters taken out.
 std::string unreleased(const std::string &v, char rel)
@@ -56,7 +54,7 @@ struct Directories {
     }
 };
 
-} // namespace
+}  // namespace
 
 int validatefile(const std::string &input, FILE *out)
 {
@@ -123,4 +121,4 @@ int validatefile(const std::string &input, FILE *out)
     return found;
 }
 
-} // namespace edi
+}  // namespace edi

@@ -14,11 +14,9 @@
 
 #include "directorydata.h"
 
-namespace edihost
-{
+namespace edihost {
 
-namespace
-{
+namespace {
 
 using json = nlohmann::ordered_json;
 
@@ -61,7 +59,7 @@ struct Checker {
     const std::vector<SegmentValues> &segs;
     std::vector<Finding> out;
     size_t pos = 0;
-    std::vector<std::pair<const json *, const size_t *>> stack; // each level's list and entry
+    std::vector<std::pair<const json *, const size_t *>> stack;  // each level's list and entry
 
     void report(size_t at, const std::string &text)
     {
@@ -102,7 +100,7 @@ struct Checker {
         if (e.contains("group")) {
             size_t before = pos;
             run(e["children"]);
-            if (pos == before) // a group without children: no endless loop
+            if (pos == before)  // a group without children: no endless loop
                 pos++;
         } else {
             checksegment(segs[pos]);
@@ -263,7 +261,7 @@ struct Checker {
     }
 };
 
-} // namespace
+}  // namespace
 
 std::vector<Finding> validate(const Directory &d, const std::string &type,
                               const std::vector<SegmentValues> &segs)
@@ -290,4 +288,4 @@ std::vector<Finding> validate(const Directory &d, const std::string &type,
     return std::move(c.out);
 }
 
-} // namespace edihost
+}  // namespace edihost
