@@ -23,17 +23,38 @@ std::string unreleased(const std::string &v, char rel)
     return r;
 }
 
-edihost::SegmentValues valuesof(std::string_view text, const Segment &s)
+// `rep`: the repetition separator of syntax version 4, or 0.
+edihost::SegmentValues valuesof(std::string_view text, const Segment &s, char rep)
 {
     edihost::SegmentValues sv;
     sv.tag = s.tag;
+    Syntax reps = s.sx;
+    reps.dst = rep;
     std::vector<std::string> els = elementsof(segmentbody(text, s), s.sx);
     for (size_t e = 1; e < els.size(); e++) {
-        sv.elements.emplace_back();
-        for (const std::string &c : componentsof(els[e], s.sx))
-            sv.elements.back().push_back(unreleased(c, s.sx.rel));
+        std::vector<std::string> pieces =
+            rep != 0 ? elementsof(els[e], reps) : std::vector<std::string>{els[e]};
+        if (rep != 0)
+            sv.repeats.push_back(pieces.size());
+        for (const std::string &piece : pieces) {
+            sv.elements.emplace_back();
+            for (const std::string &c : componentsof(piece, s.sx))
+                sv.elements.back().push_back(unreleased(c, s.sx.rel));
+        }
     }
     return sv;
+}
+
+// The repetition separator from the UNB of syntax version 4 onwards: UNA's
+// position 7 (a blank there means none), else `*`.
+char repetition(std::string_view text, const Segment &unb, const Segment *una)
+{
+    std::vector<std::string> els = elementsof(segmentbody(text, unb), unb.sx);
+    std::vector<std::string> id = els.size() > 1 ? componentsof(els[1], unb.sx) : els;
+    if (id.size() < 2 || id[1].empty() || id[1][0] < '4' || id[1][0] > '9')
+        return 0;
+    char c = una != nullptr && una->end - una->begin > 7 ? text[una->begin + 7] : '*';
+    return c == ' ' ? 0 : c;
 }
 
 struct Directories {
@@ -66,14 +87,22 @@ int validatefile(const std::string &input, FILE *out)
     std::vector<Segment> segs = cutsegments(text);
     Directories dirs;
     int found = 0, msgno = 0;
+    char rep = 0;
+    const Segment *una = nullptr;
     for (size_t i = 0; i < segs.size(); i++) {
+        if (segs[i].tag == "UNA")
+            una = &segs[i];
+        if (segs[i].tag == "UNB") {
+            rep = repetition(text, segs[i], una);
+            una = nullptr;
+        }
         if (segs[i].tag != "UNH")
             continue;
         // The message runs to its UNT, or up to the next UNH or UNZ.
-        std::vector<edihost::SegmentValues> msg{valuesof(text, segs[i])};
+        std::vector<edihost::SegmentValues> msg{valuesof(text, segs[i], rep)};
         for (size_t k = i + 1; k < segs.size() && segs[k].tag != "UNH" && segs[k].tag != "UNZ";
              k++) {
-            msg.push_back(valuesof(text, segs[k]));
+            msg.push_back(valuesof(text, segs[k], rep));
             if (segs[k].tag == "UNT")
                 break;
         }

@@ -207,6 +207,32 @@ struct Checker {
                 report(pos, "code " + shown(v) + " of " + id + " is not in its code list");
     }
 
+    // Repetitions of a syntax version 4 segment on the positions of the
+    // layout: each element's repetitions, then empty ones up to its maximum.
+    std::vector<std::vector<std::string>> positional;
+    const std::vector<std::vector<std::string>> &positions(const SegmentValues &s)
+    {
+        positional.clear();
+        const json &entries = d.j["segments"][s.tag]["elements"];
+        size_t at = 0;
+        for (size_t k = 0; k < s.repeats.size(); k++) {
+            size_t n = s.repeats[k], max = n;
+            if (k < entries.size()) {
+                max = size_t(std::clamp(entries[k].value("max", 1), 1, 99));
+                if (n > max)
+                    report(pos, "element " + entries[k].value("id", "") +
+                                    " repeated more often than allowed (at most " +
+                                    std::to_string(max) + ")");
+            }
+            for (size_t r = 0; r < max; r++)
+                positional.push_back(r < n && at + r < s.elements.size()
+                                         ? s.elements[at + r]
+                                         : std::vector<std::string>{});
+            at += n;
+        }
+        return positional;
+    }
+
     void checksegment(const SegmentValues &s)
     {
         auto &all = d.j["segments"];
@@ -219,10 +245,12 @@ struct Checker {
         for (auto &el : all[s.tag]["elements"])
             for (int r = std::clamp(el.value("max", 1), 1, 99); r > 0; r--)
                 layout.emplace_back(&el, r == std::clamp(el.value("max", 1), 1, 99));
+        const std::vector<std::vector<std::string>> &elements =
+            s.repeats.empty() ? s.elements : positions(s);
         auto &composites = d.j["composites"];
-        for (size_t k = 0; k < std::max(layout.size(), s.elements.size()); k++) {
+        for (size_t k = 0; k < std::max(layout.size(), elements.size()); k++) {
             static const std::vector<std::string> none;
-            const std::vector<std::string> &comps = k < s.elements.size() ? s.elements[k] : none;
+            const std::vector<std::string> &comps = k < elements.size() ? elements[k] : none;
             bool empty = std::all_of(comps.begin(), comps.end(), [](auto &c) { return c.empty(); });
             if (k >= layout.size()) {
                 if (!empty)
@@ -268,7 +296,7 @@ std::vector<Finding> validate(const Directory &d, const std::string &type,
 {
     if (d.data == nullptr || segs.empty() || !d.data->j["messages"].contains(type))
         return {};
-    Checker c{*d.data, segs, {}, 0, {}};
+    Checker c{*d.data, segs, {}, 0, {}, {}};
     c.run(d.data->j["messages"][type]["structure"]);
     // The trailer's count and reference, as a partner checks them.
     const SegmentValues &unh = segs.front(), &unt = segs.back();

@@ -48,7 +48,7 @@ struct Sample {
     void segment(const std::string &tag)
     {
         segments++;
-        values.push_back({tag, {}});
+        values.push_back({tag, {}, {}});
         if (tag == "UNS") {
             std::string v = sections++ == 0 ? "D" : "S";
             text += "UNS+" + v + "'";
@@ -134,8 +134,8 @@ TEST(GeneratedConfigs, SampleInterchangesOfEveryDirectoryReadAndWriteBack)
         s.text += "UNT+" + std::to_string(s.segments + 2) + "+1'";
         // The validator finds nothing in it.
         s.values.insert(s.values.begin(),
-                        {"UNH", {{"1"}, {c.message, "D", version + release, "UN"}}});
-        s.values.push_back({"UNT", {{std::to_string(s.segments + 2)}, {"1"}}});
+                        {"UNH", {{"1"}, {c.message, "D", version + release, "UN"}}, {}});
+        s.values.push_back({"UNT", {{std::to_string(s.segments + 2)}, {"1"}}, {}});
         EXPECT_GT(s.segments, 3);
         std::string in = testsupport::tempdir() + "/in.edi";
         std::ofstream(in) << "UNB+UNOA:3+S:14+R:14+240101:1200+1'" << s.text << "UNZ+1+1'";
