@@ -75,12 +75,14 @@ datatree_t *configformessage(const std::string &msgtype, bool outbound, std::str
     size_t c = b == std::string::npos ? b : msgtype.find(':', b + 1);
     std::string type = msgtype.substr(0, a);
     if (b == std::string::npos || type.empty()) {
-        err = "the message header names no " + std::string(type.empty() ? "message type" : "directory") +
-              " (" + msgtype + "), so no configuration can be generated; give one with --config";
+        err = "the message header names no " +
+              std::string(type.empty() ? "message type" : "directory") + " (" + msgtype +
+              "), so no configuration can be generated; give one with --config";
         return nullptr;
     }
     std::string directory = msgtype.substr(a + 1, b - a - 1) + msgtype.substr(b + 1, c - b - 1);
-    std::string agency = c == std::string::npos ? "" : msgtype.substr(c + 1, msgtype.find(':', c + 1) - c - 1);
+    std::string agency =
+        c == std::string::npos ? "" : msgtype.substr(c + 1, msgtype.find(':', c + 1) - c - 1);
     if (!agency.empty() && agency != "UN") {
         err = "the message header names " + msgtype + ", of agency " + agency +
               ": only UN directories are known; give a configuration with --config";
@@ -102,9 +104,8 @@ datatree_t *configformessage(const std::string &msgtype, bool outbound, std::str
 
 std::string messageid(const datatree_t *message, const std::string &given, std::string &err)
 {
-    std::string type = message->xmltag != nullptr && message->xmltag[0] == '*'
-                           ? message->xmltag + 1
-                           : "";
+    std::string type =
+        message->xmltag != nullptr && message->xmltag[0] == '*' ? message->xmltag + 1 : "";
     if (!given.empty() && given.compare(0, type.size() + 1, type + ":") == 0 && !type.empty()) {
         std::string rest = given.substr(type.size() + 1);
         // ORDERS:D96A is ORDERS:D:96A.

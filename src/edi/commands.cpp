@@ -91,8 +91,12 @@ Exit readone(const Module &mod, const Options &opt, const std::vector<datatree_t
     bool vda = opt.command == "vda-read";
     ReadResult res = vda ? readvdainput(mod, opt, configs.back(), input)
                          : readedifactinput(mod, opt, configs, input);
-    if (res.tree == nullptr)
+    if (res.tree == nullptr) {
+        // What the directory says about a file that did not read helps most.
+        if (opt.validate && !vda)
+            validatefile(input, stderr);
         return exit_failed;
+    }
     const char *key = res.keys.empty() ? nullptr : res.keys[0].c_str();
     std::string text;
     if (opt.format == "json") {

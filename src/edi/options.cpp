@@ -52,9 +52,9 @@ const CommandHelp helps[] = {
              "their own and ends with a summary.  Segments the configuration has\n"
              "no place for are listed and fail the read unless --keep-going.\n"
              "--validate also checks each file against its directories as edi\n"
-             "validate does, on stderr.\n"
-             "Without --config or --servconf each message type's configuration\n"
-             "is generated from the directory its UNH names.\n"},
+             "validate does, on stderr.  Without --config or --servconf each\n"
+             "message type's configuration is generated from the directory its\n"
+             "UNH names.\n"},
     {"validate", "usage: edi validate INPUT...\n"
                  "\n"
                  "Checks each EDIFACT interchange against the directory that each\n"
@@ -63,8 +63,9 @@ const CommandHelp helps[] = {
                  "mandatory segment, group or element missing, a segment or group\n"
                  "repeated more often than allowed, a segment with no place in the\n"
                  "structure, a value longer than its representation, a non-numeric\n"
-                 "value in a numeric element, a code not in its code list.  Exit\n"
-                 "status 1 when anything was found.\n"},
+                 "value in a numeric element, a code not in its code list, a UNT\n"
+                 "count or reference that does not match.  Exit status 1 when\n"
+                 "anything was found.\n"},
     {"write", "usage: edi write TREE [--config FILE... | --message TYPE:DIRECTORY]\n"
               "                 --sender ID --recipient ID\n"
               "                 [--test] [--reference REF | --exact] [--verbose] -o OUT\n"

@@ -45,9 +45,19 @@ void number(const datatree_t *conf, datatree_t *data)
 
 }  // namespace
 
-void renumberloops(const datatree_t *config, datatree_t *tree)
+void renumbertree(const datatree_t *config, datatree_t *tree)
 {
     number(config->child, tree->child);
+}
+
+void renumbermessage(const datatree_t *config, datatree_t *message)
+{
+    for (const datatree_t *cm = config->child; cm != nullptr; cm = cm->next)
+        if (cm->xmltag != nullptr && message->xmltag != nullptr &&
+            strcmp(cm->xmltag, message->xmltag) == 0) {
+            number(cm->child, message->child);
+            return;
+        }
 }
 
 }  // namespace edi

@@ -23,17 +23,38 @@ std::string unreleased(const std::string &v, char rel)
     return r;
 }
 
-edihost::SegmentValues valuesof(std::string_view text, const Segment &s)
+// `rep`: the repetition separator of syntax version 4, or 0.
+edihost::SegmentValues valuesof(std::string_view text, const Segment &s, char rep)
 {
     edihost::SegmentValues sv;
     sv.tag = s.tag;
+    Syntax reps = s.sx;
+    reps.dst = rep;
     std::vector<std::string> els = elementsof(segmentbody(text, s), s.sx);
     for (size_t e = 1; e < els.size(); e++) {
-        sv.elements.emplace_back();
-        for (const std::string &c : componentsof(els[e], s.sx))
-            sv.elements.back().push_back(unreleased(c, s.sx.rel));
+        std::vector<std::string> pieces =
+            rep != 0 ? elementsof(els[e], reps) : std::vector<std::string>{els[e]};
+        if (rep != 0)
+            sv.repeats.push_back(pieces.size());
+        for (const std::string &piece : pieces) {
+            sv.elements.emplace_back();
+            for (const std::string &c : componentsof(piece, s.sx))
+                sv.elements.back().push_back(unreleased(c, s.sx.rel));
+        }
     }
     return sv;
+}
+
+// The repetition separator from the UNB of syntax version 4 onwards: UNA's
+// position 7 (a blank there means none), else `*`.
+char repetition(std::string_view text, const Segment &unb, const Segment *una)
+{
+    std::vector<std::string> els = elementsof(segmentbody(text, unb), unb.sx);
+    std::vector<std::string> id = els.size() > 1 ? componentsof(els[1], unb.sx) : els;
+    if (id.size() < 2 || id[1].empty() || id[1][0] < '4' || id[1][0] > '9')
+        return 0;
+    char c = una != nullptr && una->end - una->begin > 7 ? text[una->begin + 7] : '*';
+    return c == ' ' ? 0 : c;
 }
 
 struct Directories {
@@ -66,13 +87,22 @@ int validatefile(const std::string &input, FILE *out)
     std::vector<Segment> segs = cutsegments(text);
     Directories dirs;
     int found = 0, msgno = 0;
+    char rep = 0;
+    const Segment *una = nullptr;
     for (size_t i = 0; i < segs.size(); i++) {
+        if (segs[i].tag == "UNA")
+            una = &segs[i];
+        if (segs[i].tag == "UNB") {
+            rep = repetition(text, segs[i], una);
+            una = nullptr;
+        }
         if (segs[i].tag != "UNH")
             continue;
         // The message runs to its UNT, or up to the next UNH or UNZ.
-        std::vector<edihost::SegmentValues> msg{valuesof(text, segs[i])};
-        for (size_t k = i + 1; k < segs.size() && segs[k].tag != "UNH" && segs[k].tag != "UNZ"; k++) {
-            msg.push_back(valuesof(text, segs[k]));
+        std::vector<edihost::SegmentValues> msg{valuesof(text, segs[i], rep)};
+        for (size_t k = i + 1; k < segs.size() && segs[k].tag != "UNH" && segs[k].tag != "UNZ";
+             k++) {
+            msg.push_back(valuesof(text, segs[k], rep));
             if (segs[k].tag == "UNT")
                 break;
         }
@@ -88,8 +118,10 @@ int validatefile(const std::string &input, FILE *out)
             continue;
         }
         if (!id[3].empty() && id[3] != "UN") {
-            fprintf(out, "%s: message %d, segment 1 (UNH): %s of agency %s: only UN directories are known\n",
-                    input.c_str(), msgno, type.c_str(), printable(id[3]).c_str());
+            fprintf(
+                out,
+                "%s: message %d, segment 1 (UNH): %s of agency %s: only UN directories are known\n",
+                input.c_str(), msgno, type.c_str(), printable(id[3]).c_str());
             found++;
             continue;
         }
@@ -106,8 +138,8 @@ int validatefile(const std::string &input, FILE *out)
             continue;
         }
         for (const edihost::Finding &f : edihost::validate(*d, type, msg)) {
-            fprintf(out, "%s: message %d, segment %zu (%s): %s\n", input.c_str(), msgno,
-                    f.segment, printable(f.tag).c_str(), f.text.c_str());
+            fprintf(out, "%s: message %d, segment %zu (%s): %s\n", input.c_str(), msgno, f.segment,
+                    printable(f.tag).c_str(), f.text.c_str());
             found++;
         }
     }

@@ -253,12 +253,6 @@ Exit writeedifact(const Module &mod, const Options &opt)
         return exit_failed;
     }
 
-    // The loop numbers the writer looks for follow the configuration's
-    // layout; a tree made by hand or read with another configuration gets
-    // them as a read with this one would give them.
-    for (datatree_t *c : configs)
-        renumberloops(c, tree);
-
     // One configuration writes the whole tree; with several, each run of
     // messages goes with the configuration of its message node.
     std::vector<std::string> texts;
@@ -291,6 +285,16 @@ Exit writeedifact(const Module &mod, const Options &opt)
             }
             pieces.push_back(Piece{r.first, r.last, config});
         }
+    }
+    // The loop numbers the writer looks for follow the configuration's
+    // layout; a tree made by hand or read with another configuration gets
+    // them as a read with this one would give them.
+    for (const Piece &p : pieces) {
+        if (p.last == nullptr)
+            renumbertree(p.config, tree);
+        else
+            for (datatree_t *m = p.first; m != nullptr; m = m == p.last ? nullptr : m->next)
+                renumbermessage(p.config, m);
     }
     if (ok)
         reportvalueloss(mod, opt, tree, pieces);

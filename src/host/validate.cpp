@@ -20,7 +20,7 @@ namespace {
 
 using json = nlohmann::ordered_json;
 
-std::string quoted(const std::string &v)
+std::string shown(const std::string &v)
 {
     std::string r = "'";
     for (unsigned char c : v) {
@@ -123,7 +123,8 @@ struct Checker {
             // entry or an enclosing level can take it instead.
             if (firsttag(list[idx]) == tag) {
                 int max = list[idx].value("max", 1);
-                if (max < 0 || count < max || !(later(list, idx + 1, tag) < list.size() || outer(tag))) {
+                bool elsewhere = later(list, idx + 1, tag) < list.size() || outer(tag);
+                if (max < 0 || count < max || !elsewhere) {
                     take(list[idx], ++count);
                     continue;
                 }
@@ -192,17 +193,44 @@ struct Checker {
                     digits = 0, i = v.size();
             }
             if (digits == 0) {
-                report(pos, "value " + quoted(v) + " of " + id + " is not numeric (" + repr + ")");
+                report(pos, "value " + shown(v) + " of " + id + " is not numeric (" + repr + ")");
                 return;
             }
         }
         size_t at = repr.find_first_of("0123456789");
         size_t max = at == std::string::npos ? 0 : std::stoul(repr.substr(at, 6));
         if (e.value("reprfrom", "") != "codes" && max > 0 && len > max)
-            report(pos, "value " + quoted(v) + " of " + id + " is longer than " + repr);
+            report(pos, "value " + shown(v) + " of " + id + " is longer than " + repr);
         if (e.value("coded", false))
-            if (auto *codes = codelist(id); codes && !std::binary_search(codes->begin(), codes->end(), v))
-                report(pos, "code " + quoted(v) + " of " + id + " is not in its code list");
+            if (auto *codes = codelist(id);
+                codes && !std::binary_search(codes->begin(), codes->end(), v))
+                report(pos, "code " + shown(v) + " of " + id + " is not in its code list");
+    }
+
+    // Repetitions of a syntax version 4 segment on the positions of the
+    // layout: each element's repetitions, then empty ones up to its maximum.
+    std::vector<std::vector<std::string>> positional;
+    const std::vector<std::vector<std::string>> &positions(const SegmentValues &s)
+    {
+        positional.clear();
+        const json &entries = d.j["segments"][s.tag]["elements"];
+        size_t at = 0;
+        for (size_t k = 0; k < s.repeats.size(); k++) {
+            size_t n = s.repeats[k], max = n;
+            if (k < entries.size()) {
+                max = size_t(std::clamp(entries[k].value("max", 1), 1, 99));
+                if (n > max)
+                    report(pos, "element " + entries[k].value("id", "") +
+                                    " repeated more often than allowed (at most " +
+                                    std::to_string(max) + ")");
+            }
+            for (size_t r = 0; r < max; r++)
+                positional.push_back(r < n && at + r < s.elements.size()
+                                         ? s.elements[at + r]
+                                         : std::vector<std::string>{});
+            at += n;
+        }
+        return positional;
     }
 
     void checksegment(const SegmentValues &s)
@@ -217,10 +245,12 @@ struct Checker {
         for (auto &el : all[s.tag]["elements"])
             for (int r = std::clamp(el.value("max", 1), 1, 99); r > 0; r--)
                 layout.emplace_back(&el, r == std::clamp(el.value("max", 1), 1, 99));
+        const std::vector<std::vector<std::string>> &elements =
+            s.repeats.empty() ? s.elements : positions(s);
         auto &composites = d.j["composites"];
-        for (size_t k = 0; k < std::max(layout.size(), s.elements.size()); k++) {
+        for (size_t k = 0; k < std::max(layout.size(), elements.size()); k++) {
             static const std::vector<std::string> none;
-            const std::vector<std::string> &comps = k < s.elements.size() ? s.elements[k] : none;
+            const std::vector<std::string> &comps = k < elements.size() ? elements[k] : none;
             bool empty = std::all_of(comps.begin(), comps.end(), [](auto &c) { return c.empty(); });
             if (k >= layout.size()) {
                 if (!empty)
@@ -245,7 +275,8 @@ struct Checker {
                 std::string v = c < comps.size() ? comps[c] : std::string();
                 if (c >= parts.size()) {
                     if (!v.empty())
-                        report(pos, "component " + std::to_string(c + 1) + " has no place in " + id);
+                        report(pos,
+                               "component " + std::to_string(c + 1) + " has no place in " + id);
                     continue;
                 }
                 std::string cid = parts[c].value("id", "");
@@ -265,8 +296,23 @@ std::vector<Finding> validate(const Directory &d, const std::string &type,
 {
     if (d.data == nullptr || segs.empty() || !d.data->j["messages"].contains(type))
         return {};
-    Checker c{*d.data, segs, {}, 0, {}};
+    Checker c{*d.data, segs, {}, 0, {}, {}};
     c.run(d.data->j["messages"][type]["structure"]);
+    // The trailer's count and reference, as a partner checks them.
+    const SegmentValues &unh = segs.front(), &unt = segs.back();
+    auto first = [](const SegmentValues &s, size_t e) {
+        return e < s.elements.size() && !s.elements[e].empty() ? s.elements[e][0] : "";
+    };
+    if (unh.tag == "UNH" && unt.tag == "UNT") {
+        std::string count = first(unt, 0), ref = first(unt, 1);
+        if (!count.empty() && count != std::to_string(segs.size()))
+            c.report(segs.size() - 1, "segment count " + shown(count) +
+                                          " of UNT, the message has " +
+                                          std::to_string(segs.size()));
+        if (!ref.empty() && ref != first(unh, 0))
+            c.report(segs.size() - 1, "message reference " + shown(ref) + " of UNT differs from " +
+                                          shown(first(unh, 0)) + " of UNH");
+    }
     return std::move(c.out);
 }
 

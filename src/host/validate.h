@@ -14,6 +14,12 @@ namespace edihost {
 struct SegmentValues {
     std::string tag;
     std::vector<std::vector<std::string>> elements;
+    // Syntax version 4 with a repetition separator: how many repetitions
+    // each element of the segment holds, `elements` holding them one after
+    // the other.  Empty: one entry of `elements` per position, a repeated
+    // element taking as many positions as it may repeat (as the generator
+    // lays it out).
+    std::vector<size_t> repeats;
 };
 
 struct Finding {
