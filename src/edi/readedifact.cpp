@@ -90,8 +90,10 @@ std::string typeof(const std::string &msgtype)
 
 // Units whose messages no directory describes are cut into one unit per
 // message, each to be read with a layout taken from itself; the rest stay.
-std::vector<Unit> ownlayouts(const std::vector<Unit> &units, Generated &gen,
-                             std::vector<std::string> &changes)
+// The note is printed even without --verbose: the tree's names are then
+// positions, not the directory's, and the user must know why.
+std::vector<Unit> ownlayouts(const std::vector<Unit> &units, Generated &gen, const Options &opt,
+                             const std::string &input, std::vector<std::string> &changes)
 {
     std::vector<Unit> out;
     for (const Unit &u : units) {
@@ -102,6 +104,8 @@ std::vector<Unit> ownlayouts(const std::vector<Unit> &units, Generated &gen,
         }
         changes.push_back(describeunit(u) + ": " + err +
                           "; each message was read with a layout taken from itself instead");
+        if (!opt.verbose)
+            printprefixed(input, {changes.back()});
         for (Unit &one : splitmessages(u)) {
             one.ownlayout = true;
             out.push_back(std::move(one));
@@ -225,7 +229,7 @@ ReadResult readedifactinput(const Module &mod, const Options &opt,
         res.changes.insert(res.changes.end(), en.changes.begin(), en.changes.end());
         if (en.faults.empty() && configs.size() == 1 && configs[0] == nullptr &&
             opt.servconf.empty())
-            units = ownlayouts(units, gen, res.changes);
+            units = ownlayouts(units, gen, opt, input, res.changes);
         if (opt.verbose)
             printprefixed(input, res.changes);
         if (!en.faults.empty()) {
