@@ -57,7 +57,8 @@ Chain *build(datatree_t *head)
         nm.cnts.push_back(name.size() > 0 && name[0] == '*' ? tp->loopcnt : 0L);
         nm.nodes.push_back(tp);
     }
-    for (auto &[name, nm] : c) {
+    for (auto &entry : c) {
+        Names &nm = entry.second;
         if (std::is_sorted(nm.cnts.begin(), nm.cnts.end()))
             continue;
         std::vector<size_t> order(nm.cnts.size());
