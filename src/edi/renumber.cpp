@@ -14,6 +14,44 @@ bool holdsdata(const datatree_t *tp)
     return false;
 }
 
+// True if the data node `dp` can be an occurrence of the configuration
+// node `cp`: the names of its children, each run of one name taken once,
+// come in the order of `cp`'s children.
+bool fits(const datatree_t *dp, const datatree_t *cp)
+{
+    const datatree_t *c = cp->child;
+    const char *last = nullptr;
+    for (const datatree_t *d = dp->child; d != nullptr; d = d->next) {
+        if (d->xmltag == nullptr || (last != nullptr && strcmp(last, d->xmltag) == 0))
+            continue;
+        last = d->xmltag;
+        while (c != nullptr && (c->xmltag == nullptr || strcmp(c->xmltag, d->xmltag) != 0))
+            c = c->next;
+        if (c == nullptr)
+            return false;
+        c = c->next;
+    }
+    return true;
+}
+
+// The configuration sibling that owns the data node `dp` among the loops
+// named like it, from `first` on: the first whose contents it fits (two
+// sibling loops of one name are told apart by what they hold), else the
+// first of them.
+const datatree_t *owner(const datatree_t *first, const datatree_t *dp)
+{
+    const datatree_t *any = nullptr;
+    for (const datatree_t *cp = first; cp != nullptr; cp = cp->next) {
+        if (cp->xmltag == nullptr || strcmp(cp->xmltag, dp->xmltag) != 0)
+            continue;
+        if (any == nullptr)
+            any = cp;
+        if (fits(dp, cp))
+            return cp;
+    }
+    return any;
+}
+
 // For each configuration node in order, every data sibling of the same name
 // in order; a loop takes the next number per occurrence and one more for
 // the writer's try that finds none.  Tag nodes' children are no loops.
@@ -26,6 +64,8 @@ void number(const datatree_t *conf, datatree_t *data)
         bool isloop = cp->xmltag[0] == '*', istag = cp->xmltag[0] == '$';
         for (datatree_t *dp = data; dp != nullptr; dp = dp->next) {
             if (dp->xmltag == nullptr || strcmp(dp->xmltag, cp->xmltag) != 0)
+                continue;
+            if (isloop && owner(conf, dp) != cp)
                 continue;
             // An occurrence without any value is left out, as the reader
             // prunes it: 0 is a number the writer never looks for.

@@ -6,6 +6,8 @@
 #include <string.h>
 #include <strings.h>
 
+#include <unordered_set>
+
 #include "../internal.h"
 
 namespace ediprot {
@@ -58,19 +60,25 @@ datatree_t *copynode(const datatree_t *tp)
     return np;
 }
 
-// A copy of the chain `head` without values, in which a run of loop nodes
-// of one name (an inner loop's occurrences and the empty copy behind them)
-// is copied as its first node alone.  A repetition thus starts with the
-// shape of the configuration, not with the inner repetitions of the
-// occurrence before it: those would be copied again at every level of
-// nesting, doubling the template with each level.
+// The loop nodes that the running fill made as repetitions of an earlier
+// occurrence.  Known by address, not by name: a configuration may hold two
+// different sibling loops of one name, and the second is no repetition of
+// the first.  Reset at the start of each message's fill; nothing is freed
+// while a fill runs, so every address in it is a live node of this fill.
+std::unordered_set<const datatree_t *> repetitions;
+
+// A copy of the chain `head` without values, in which an inner loop's
+// repetitions are left out, so that each of its loop nodes comes as its
+// first occurrence alone.  A repetition thus starts with the shape of the
+// configuration, not with the inner repetitions of the occurrence before
+// it: those would be copied again at every level of nesting, doubling the
+// template with each level.
 datatree_t *copyshape(const datatree_t *head)
 {
     datatree_t *start = nullptr;
     datatree_t **tpp = &start;
-    const datatree_t *prev = nullptr;
-    for (const datatree_t *tp = head; tp != nullptr; prev = tp, tp = tp->next) {
-        if (tp->xmltag[0] == '*' && prev != nullptr && strcmp(prev->xmltag, tp->xmltag) == 0)
+    for (const datatree_t *tp = head; tp != nullptr; tp = tp->next) {
+        if (tp->xmltag[0] == '*' && repetitions.count(tp) != 0)
             continue;
         *tpp = copynode(tp);
         tpp = &(*tpp)->next;
@@ -85,6 +93,8 @@ datatree_t *copyshape(const datatree_t *head)
 // node handled took data (1) or not (0).
 int xydatatohead(datatree_t *out, int lvl)
 {
+    if (lvl == 0)
+        repetitions.clear();
     int match = 0;
     for (datatree_t *tp = out; tp != nullptr; tp = tp->next) {
         TRACE(2,
@@ -141,6 +151,7 @@ int xydatatohead(datatree_t *out, int lvl)
             sp->next = orgnext;
             tp->next = sp;
             tp = sp;
+            repetitions.insert(sp);
         }
     }
     TRACE(2, "xydatatohead says %d, lvl %d\n", match, lvl);
