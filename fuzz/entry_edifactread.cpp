@@ -1,6 +1,7 @@
 #include <stdlib.h>
 #include <string.h>
 
+#include "edihost.h"
 #include "fuzzentries.h"
 #include "fuzzsupport.h"
 
@@ -35,10 +36,15 @@ int readonce(char *fn, datatree_t *inhead)
 int edifactread(const uint8_t *data, size_t size)
 {
     fuzzsupport::loadservconf();
-    char *fn = fuzzsupport::asfile(data, size);
-    int accepted = readonce(fn, fuzzsupport::config("orders-d96a-in.tree"));
+    // The input reaches the module from memory, as the edi command hands
+    // it a working copy: no file per input.  A small configuration keeps
+    // the fill's cost per message low; the service configuration path
+    // still reads the bundled ones.
+    static char fn[] = "fuzz-input.edi";
+    edihost_setinput(fn, reinterpret_cast<const char *>(data), size);
+    int accepted = readonce(fn, fuzzsupport::fuzzconfig("small.tree"));
     accepted += readonce(fn, nullptr);
-    fuzzsupport::removefiles();
+    edihost_clearinput();
     return accepted;
 }
 

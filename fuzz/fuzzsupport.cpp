@@ -86,6 +86,20 @@ datatree_t *config(const char *name)
     return tree;
 }
 
+datatree_t *fuzzconfig(const char *name)
+{
+    std::string key = std::string("fuzz/") + name;
+    std::map<std::string, datatree_t *> &loaded = cache.trees;
+    auto it = loaded.find(key);
+    if (it != loaded.end())
+        return it->second;
+    std::string path = std::string(EDIPROT_CONFIGS) + "/../fuzz/" + name;
+    datatree_t *tree = edihost_readtree(path.c_str());
+    expect(tree != nullptr, "a fuzz configuration does not read");
+    loaded[key] = tree;
+    return tree;
+}
+
 void loadservconf()
 {
     static bool done = false;

@@ -21,6 +21,8 @@ void removefiles();
 // A bundled configuration file of configs/, read once and kept for the
 // life of the process.
 datatree_t *config(const char *name);
+// A configuration of the fuzz folder (fuzz/NAME), read once and kept.
+datatree_t *fuzzconfig(const char *name);
 // Loads configs/servconf.conf once.
 void loadservconf();
 // Reads a whole file; false when it cannot be opened.

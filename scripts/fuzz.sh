@@ -7,7 +7,8 @@
 # finding under fuzz/regressions/.  A crash, leak, sanitizer report,
 # timeout or out-of-memory is saved under build/fuzz/findings/, printed,
 # and makes the script exit with 1 (after the other targets have run).
-# Each target prints its executions and its coverage (cov: edges).
+# Each target prints its executions, inputs a second and its coverage
+# (cov: edges).
 set -euo pipefail
 cd "$(dirname "$0")/.."
 secs=${1:-40}
@@ -73,13 +74,14 @@ for t in "${targets[@]}"; do
       >"$log" 2>&1 || rc=$?
   execs=$(grep -o 'stat::number_of_executed_units: [0-9]*' "$log" | tail -n 1 | grep -o '[0-9]*$' || true)
   cov=$(grep -o 'cov: [0-9]*' "$log" | tail -n 1 | grep -o '[0-9]*$' || true)
+  rate=$(grep -o 'stat::average_exec_per_sec: [0-9]*' "$log" | tail -n 1 | grep -o '[0-9]*$' || true)
   if [ "$rc" -ne 0 ] || grep -qE '^(==[0-9]+==ERROR|SUMMARY: )|runtime error:' "$log"; then
     status=1
     echo "fuzz_$t: FINDING (exit $rc), ${execs:-?} executions, cov: ${cov:-?} edges"
     grep -E 'ERROR|SUMMARY|runtime error|fuzz entry|Test unit written|^    #[0-9]' "$log" | head -n 40 || true
     echo "  full log: $log"
   else
-    echo "fuzz_$t: ${execs:-?} executions, cov: ${cov:-?} edges, no findings"
+    echo "fuzz_$t: ${execs:-?} executions (${rate:-?} a second), cov: ${cov:-?} edges, no findings"
   fi
 done
 exit $status

