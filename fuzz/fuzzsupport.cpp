@@ -73,31 +73,28 @@ configcache cache;
 
 }  // namespace
 
-datatree_t *config(const char *name)
+// A tree file below the source folder, read once and kept under its path.
+static datatree_t *loadonce(const std::string &relative)
 {
     std::map<std::string, datatree_t *> &loaded = cache.trees;
-    auto it = loaded.find(name);
+    auto it = loaded.find(relative);
     if (it != loaded.end())
         return it->second;
-    std::string path = std::string(EDIPROT_CONFIGS) + "/" + name;
+    std::string path = std::string(EDIPROT_CONFIGS) + "/../" + relative;
     datatree_t *tree = edihost_readtree(path.c_str());
-    expect(tree != nullptr, "a bundled configuration does not read");
-    loaded[name] = tree;
+    expect(tree != nullptr, "a configuration of the fuzz entries does not read");
+    loaded[relative] = tree;
     return tree;
+}
+
+datatree_t *config(const char *name)
+{
+    return loadonce(std::string("configs/") + name);
 }
 
 datatree_t *fuzzconfig(const char *name)
 {
-    std::string key = std::string("fuzz/") + name;
-    std::map<std::string, datatree_t *> &loaded = cache.trees;
-    auto it = loaded.find(key);
-    if (it != loaded.end())
-        return it->second;
-    std::string path = std::string(EDIPROT_CONFIGS) + "/../fuzz/" + name;
-    datatree_t *tree = edihost_readtree(path.c_str());
-    expect(tree != nullptr, "a fuzz configuration does not read");
-    loaded[key] = tree;
-    return tree;
+    return loadonce(std::string("fuzz/") + name);
 }
 
 void loadservconf()
