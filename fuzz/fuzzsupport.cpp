@@ -101,8 +101,8 @@ void loadservconf()
 {
     static bool done = false;
     if (!done) {
-        std::string path = std::string(EDIPROT_CONFIGS) + "/servconf.conf";
-        expect(edihost_loadservconf(path.c_str()) == 0, "configs/servconf.conf does not load");
+        std::string path = std::string(EDIPROT_CONFIGS) + "/../fuzz/servconf.conf";
+        expect(edihost_loadservconf(path.c_str()) == 0, "fuzz/servconf.conf does not load");
         done = true;
     }
 }

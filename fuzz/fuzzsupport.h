@@ -23,7 +23,7 @@ void removefiles();
 datatree_t *config(const char *name);
 // A configuration of the fuzz folder (fuzz/NAME), read once and kept.
 datatree_t *fuzzconfig(const char *name);
-// Loads configs/servconf.conf once.
+// Loads fuzz/servconf.conf once.
 void loadservconf();
 // Reads a whole file; false when it cannot be opened.
 bool readwhole(const char *fn, char **buf, size_t *len);

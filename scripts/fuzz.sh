@@ -74,7 +74,7 @@ for t in "${targets[@]}"; do
       >"$log" 2>&1 || rc=$?
   execs=$(grep -o 'stat::number_of_executed_units: [0-9]*' "$log" | tail -n 1 | grep -o '[0-9]*$' || true)
   cov=$(grep -o 'cov: [0-9]*' "$log" | tail -n 1 | grep -o '[0-9]*$' || true)
-  rate=$(grep -o 'stat::average_exec_per_sec: [0-9]*' "$log" | tail -n 1 | grep -o '[0-9]*$' || true)
+  rate=$(grep -oE 'stat::average_exec_per_sec: *[0-9]+' "$log" | tail -n 1 | grep -o '[0-9]*$' || true)
   if [ "$rc" -ne 0 ] || grep -qE '^(==[0-9]+==ERROR|SUMMARY: )|runtime error:' "$log"; then
     status=1
     echo "fuzz_$t: FINDING (exit $rc), ${execs:-?} executions, cov: ${cov:-?} edges"
