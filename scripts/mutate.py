@@ -1,0 +1,116 @@
+#!/usr/bin/env python3
+"""Plants small faults in the module one at a time and counts how many the
+test suite catches: a flipped comparison, an off-by-one, a dropped
+statement, a changed return value.  Each fault is built in its own build
+folder (build/mutate), the plain suite runs against it, and the source is
+put back whatever happens.
+
+    scripts/mutate.py [-j N] [--only NAME]
+
+Prints one line per fault (caught or MISSED, and the first failing test)
+and the count.  A fault that does not build counts as neither and is
+reported, so that the list is kept in step with the code.
+"""
+import argparse
+import functools
+import os
+import subprocess
+import sys
+
+print = functools.partial(print, flush=True)  # progress as it goes
+
+ROOT = os.path.dirname(os.path.dirname(os.path.abspath(__file__)))
+BUILD = os.path.join(ROOT, "build", "mutate")
+
+# (name, file under src/programs, original text, faulty text)
+FAULTS = [
+    ("segreader-release-ignored", "edifact/segreader.cpp",
+     "if (c == term && !(n > 0 && segbuf[n - 1] == esc)) {",
+     "if (c == term) {"),
+    ("segreader-no-elements-split", "edifact/segreader.cpp",
+     "if (segbuf[3] == dst_sep) {", "if (segbuf[3] != dst_sep) {"),
+    ("fill-tag-compare-3", "edifact/templatefill.cpp",
+     "strncasecmp(xdata->xmltag, tp->xmltag, 4) == 0",
+     "strncasecmp(xdata->xmltag, tp->xmltag, 3) == 0"),
+    ("fill-no-skip-of-repetitions", "edifact/templatefill.cpp",
+     "if (tp->xmltag[0] == '*' && repetitions.count(tp) != 0)",
+     "if (tp->xmltag[0] == '*' && repetitions.count(tp) != 0 && false)"),
+    ("fill-mandatory-ignored", "edifact/templatefill.cpp",
+     "return force == ef_mand;", "return false;"),
+    ("numberloops-no-failed-try", "edifact/loopnumbers.cpp",
+     "        if (isloop)\n            ++i;\n    }", "    }"),
+    ("searchlooppath-number-ignored", "tree/searchlooppath.cpp",
+     "if (isloop && lct != tp->loopcnt)", "if (false && lct != tp->loopcnt)"),
+    ("searchlooppath-length-ignored", "tree/searchlooppath.cpp",
+     "if (strlen(tp->xmltag) != n || strncmp(tp->xmltag, path, n) != 0)",
+     "if (strncmp(tp->xmltag, path, n) != 0)"),
+    ("insrecord-loop-number-ignored", "vda/insrecord.cpp",
+     "if (strcmp(tp->xmltag, current) == 0 && (!inloop || tp->loopcnt == loops[lvl]))",
+     "if (strcmp(tp->xmltag, current) == 0)"),
+    ("insrecord-depth-off-by-one", "vda/insrecord.cpp",
+     "if (lvl + nloops > kLoopDepths) {", "if (lvl + nloops >= kLoopDepths) {"),
+    ("makerecord-field-past-line", "vda/makerecord.cpp",
+     "if (pos >= linelen)", "if (pos > linelen)"),
+    ("makerecord-width-unchecked", "vda/makerecord.cpp",
+     "if (n > width)", "if (n > width + 1)"),
+    ("nodeconvert-cut-off-by-one", "convert/edinodeconvert.cpp",
+     "if (n <= want)\n        return n;", "if (n <= want)\n        return n + 1;"),
+    ("nodeconvert-release-at-cut", "convert/edinodeconvert.cpp",
+     "return want - 1;", "return want;"),
+]
+
+
+def run(cmd, **kw):
+    return subprocess.run(cmd, cwd=ROOT, capture_output=True, text=True, **kw)
+
+
+def main():
+    ap = argparse.ArgumentParser()
+    ap.add_argument("-j", type=int, default=2)
+    ap.add_argument("--only")
+    args = ap.parse_args()
+    run(["cmake", "-S", ".", "-B", BUILD, "-DCMAKE_BUILD_TYPE=RelWithDebInfo",
+         "-DEDIPROT_BUILD_BENCH=OFF"], check=True)
+    caught = missed = broken = 0
+    for name, rel, old, new in FAULTS:
+        if args.only and args.only != name:
+            continue
+        path = os.path.join(ROOT, "src", "programs", rel)
+        with open(path) as f:
+            text = f.read()
+        if text.count(old) != 1:
+            print(f"{name}: not planted (the code changed: update scripts/mutate.py)")
+            broken += 1
+            continue
+        try:
+            with open(path, "w") as f:
+                f.write(text.replace(old, new))
+            b = run(["cmake", "--build", BUILD, f"-j{args.j}"])
+            if b.returncode != 0:
+                print(f"{name}: does not build")
+                broken += 1
+                continue
+            # The first failure decides; a fault that makes a walk endless
+            # fails by the time limit.
+            t = subprocess.run(["ctest", "-j", str(args.j), "--timeout", "20",
+                                "--stop-on-failure"], cwd=BUILD,
+                               capture_output=True, text=True)
+            failed = [l for l in t.stdout.splitlines() if "***" in l or "(Failed)" in l]
+            if t.returncode != 0:
+                caught += 1
+                first = failed[0].split(":", 1)[-1].strip() if failed else "?"
+                print(f"{name}: caught ({len(failed)} failing; {first[:100]})")
+            else:
+                missed += 1
+                print(f"{name}: MISSED")
+        finally:
+            with open(path, "w") as f:
+                f.write(text)
+    run(["cmake", "--build", BUILD, f"-j{args.j}"])
+    print(f"caught {caught} of {caught + missed} planted faults"
+          + (f" ({broken} not planted or not built)" if broken else ""))
+    return 0
+
+
+if __name__ == "__main__":
+    sys.exit(main())
