@@ -58,27 +58,6 @@ struct Fill {
     std::string filled() const { return picture(copy->child); }
 };
 
-TEST(Xydatatohead, FillsTheWorkedExampleAndLeavesOneEmptyOccurrence)
-{
-    Fill f(kTemplate, "UNH+1'BGM+220'NAD+BY+123:9+DE'NAD+SU+456+FR'UNT+5");
-    EXPECT_EQ(f.rc, 1);
-    EXPECT_EQ(f.err, "");
-    EXPECT_EQ(f.filled(),
-              "$UNH001{0062=\"1\"} $BGM{1001=\"220\"} "
-              "*PARTY{$NAD{3035=\"BY\" C082{3039=\"123\" 1131=\"9\"} 3207=\"DE\"}} "
-              "*PARTY{$NAD{3035=\"SU\" C082{3039=\"456\" 1131=\"FR\"} 3207=\"FR\"}} "
-              "*PARTY{$NAD{3035 C082{3039 1131} 3207}} "
-              "$UNT{0074=\"5\"}");
-    EXPECT_EQ(ediprot::xdata, nullptr);
-
-    EXPECT_EQ(ediprot::searchemptyloop(&f.copy->child), 2);
-    EXPECT_EQ(f.filled(),
-              "$UNH001{0062=\"1\"} $BGM{1001=\"220\"} "
-              "*PARTY{$NAD{3035=\"BY\" C082{3039=\"123\" 1131=\"9\"} 3207=\"DE\"}} "
-              "*PARTY{$NAD{3035=\"SU\" C082{3039=\"456\" 1131=\"FR\"} 3207=\"FR\"}} "
-              "$UNT{0074=\"5\"}");
-}
-
 TEST(Xydatatohead, NullTemplateReturnsZero)
 {
     EXPECT_EQ(ediprot::xydatatohead(nullptr, 0), 0);
@@ -103,25 +82,6 @@ TEST(Xydatatohead, ReportsMandatoryTagAfterTheEndOfInput)
     EXPECT_EQ(f.err, "mandatory tag <$UNT> not found\n");
     EXPECT_EQ(f.filled(), "$UNH001{0062=\"1\"} $BGM{1001=\"220\"} *PARTY{$NAD{3035 "
                           "C082{3039 1131} 3207}} $UNT{0074}");
-}
-
-TEST(Xydatatohead, MandatoryTagInTheLastLoopCopyEndsTheFill)
-{
-    const char *conf = R"(edi
-  MSG
-    $UNH iseditag=1
-      0062
-    *PARTY
-      $NAD iseditag=1 ediforce=mand
-        3035
-    $UNT iseditag=1
-      0074
-)";
-    Fill f(conf, "UNH+1'NAD+BY");
-    EXPECT_EQ(f.rc, -1);
-    EXPECT_EQ(f.err, "mandatory tag <$NAD> not found\n");
-    EXPECT_EQ(f.filled(), "$UNH{0062=\"1\"} *PARTY{$NAD{3035=\"BY\"}} "
-                          "*PARTY{$NAD{3035}} $UNT{0074}");
 }
 
 TEST(Xydatatohead, MatchesFirstFourCharactersIgnoringCase)
@@ -150,26 +110,6 @@ TEST(Xydatatohead, SameNamedTagsTakeOneSegmentEach)
     EXPECT_EQ(two.filled(), "$NAD001{3035=\"BY\"} $NAD002{3035=\"SU\"}");
     Fill one(conf, "NAD+BY");
     EXPECT_EQ(one.filled(), "$NAD001{3035=\"BY\"} $NAD002{3035}");
-}
-
-TEST(Xydatatohead, RepeatsALoopOnlyWhenItsFirstChildTookData)
-{
-    const char *conf = R"(edi
-  MSG
-    *GRP
-      $RFF iseditag=1
-        1153
-      $DTM iseditag=1
-        2005
-)";
-    // The first child stays empty: no repetition although DTM took data.
-    Fill later(conf, "DTM+137'DTM+2");
-    EXPECT_EQ(later.filled(), "*GRP{$RFF{1153} $DTM{2005=\"137\"}}");
-    // An empty element is a value: the loop repeats.
-    Fill empty(conf, "RFF+'RFF+'");
-    EXPECT_EQ(empty.filled(), "*GRP{$RFF{1153=\"\"} $DTM{2005}} "
-                              "*GRP{$RFF{1153=\"\"} $DTM{2005}} "
-                              "*GRP{$RFF{1153} $DTM{2005}}");
 }
 
 TEST(Copytag, StoresByPositionAndConvertsEachValue)
@@ -213,33 +153,6 @@ TEST(Copytag, FeedsACompositeFromASimpleElementAndTheOnesBehindIt)
     Fill f(conf, "NAD+SU+456+FR");
     EXPECT_EQ(f.filled(),
               "$NAD{3035=\"SU\" C082{3039=\"456\" 1131=\"FR\" 3055} 3207=\"FR\"}");
-}
-
-// A repetition holds one node of each inner loop, however often the inner
-// loop repeated in the occurrence before it: the template keeps the size
-// of the configuration, whatever the nesting.
-TEST(Xydatatohead, RepeatsAnOccurrenceWithOneNodeOfEachInnerLoop)
-{
-    const char *conf = R"(edi
-  MSG
-    *LIN
-      $LIN iseditag=1
-        1082
-      *PRI
-        $PRI iseditag=1
-          5125
-)";
-    Fill f(conf, "LIN+1'PRI+A'PRI+B'LIN+2'PRI+C");
-    EXPECT_EQ(f.filled(),
-              "*LIN{$LIN{1082=\"1\"} *PRI{$PRI{5125=\"A\"}} *PRI{$PRI{5125=\"B\"}} "
-              "*PRI{$PRI{5125}}} "
-              "*LIN{$LIN{1082=\"2\"} *PRI{$PRI{5125=\"C\"}} *PRI{$PRI{5125}}} "
-              "*LIN{$LIN{1082} *PRI{$PRI{5125}}}");
-    setparents(f.copy, 0);
-    ediprot::searchemptyloop(&f.copy->child);
-    EXPECT_EQ(f.filled(),
-              "*LIN{$LIN{1082=\"1\"} *PRI{$PRI{5125=\"A\"}} *PRI{$PRI{5125=\"B\"}}} "
-              "*LIN{$LIN{1082=\"2\"} *PRI{$PRI{5125=\"C\"}}}");
 }
 
 }  // namespace

@@ -55,7 +55,10 @@ std::string numbered(datatree_t *conf, datatree_t *data)
 {
     setparents(conf, 0);
     setparents(data, 0);
-    ediprot::numberloops(conf->child, data->child);
+    // A tree built by hand has no record of the fill: names decide.
+    ediprot::numberloops(conf->child, data->child,
+                         [](const datatree_t *) -> const datatree_t * { return nullptr; },
+                         true);
     std::vector<datatree_t *> found, all;
     enumerate(conf, data, "", found);
     allloops(data->child, all);

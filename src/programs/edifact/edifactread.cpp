@@ -185,6 +185,7 @@ EDIPROT_API datatree_t *edifactread(char *fn, envelope_t **evpp,
     }
 
     // One filled copy of the configuration per message.
+    beginfill();
     head = newnode();
     head->xmltag = EDI_STRSAV("edi");
     drun = &head->child;
@@ -196,20 +197,15 @@ EDIPROT_API datatree_t *edifactread(char *fn, envelope_t **evpp,
         // children is filled; the siblings that the previous message's
         // copy brought along make room for this message's copy.
         if (*drun != nullptr) {
+            forgetheads(*drun);
             freedatatree(*drun);
             *drun = nullptr;
         }
-        *drun = copysubtree(cfroot->child);
-        if (*drun == nullptr) {
+        if (cfroot->child == nullptr) {
             fprintf(stderr, "edifactread: copysubtree failed\n");
             goto error;
         }
-        setparents(*drun, 0);
-        TRACE(2, "edifactread: after copysubtree\n");
-        TRACE_DUMP(3, *drun);
-        xdata = xxp->child;
-        xydatatohead((*drun)->child, 0);
-        searchemptyloopquiet(&(*drun)->child);
+        *drun = fillmessage(cfroot->child, xxp->child);
         drun = &(*drun)->next;
     }
     TRACE_DUMP(3, docs);
@@ -219,7 +215,8 @@ EDIPROT_API datatree_t *edifactread(char *fn, envelope_t **evpp,
 
     setparents(head, 0);
     searchemptyloop(&head->child);
-    numberloops(cfroot->child, head->child);
+    numberheads(cfroot->child, head->child);
+    endfill();
     TRACE(2, "edifactread: after emptyloop\n");
     TRACE_DUMP(3, head);
     TRACE(2, "edifactread: after emptyloop end\n");
@@ -259,6 +256,7 @@ error:
         free(ev);
     }
     xdata = nullptr;
+    endfill();
     TRACE(0, "edifactread failed\n");
     return nullptr;
 }

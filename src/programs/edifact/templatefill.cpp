@@ -1,14 +1,15 @@
 // Template filling: the segments of one message, starting at xdata, poured
 // into a copy of the configuration.  The walk goes strictly forward: each
 // segment goes to the next tag node of the same name, and a loop node whose
-// first child received data gets an empty copy of itself behind it (with
-// one node of each inner loop, whatever number of times it repeated).
+// first child received data gets an empty copy of itself behind it, inner
+// repetitions included.  The copies are pending shapes (pendingshape.h):
+// built as far as the walk can take segments in them, passed whole where
+// it cannot.
 #include <string.h>
 #include <strings.h>
 
-#include <unordered_set>
-
 #include "../internal.h"
+#include "pendingshape.h"
 
 namespace ediprot {
 
@@ -48,44 +49,6 @@ bool ismandatory(const datatree_t *tp)
     return force == ef_mand;
 }
 
-datatree_t *copyshape(const datatree_t *head);
-
-// A copy of the node `tp` and its children, without values.
-datatree_t *copynode(const datatree_t *tp)
-{
-    datatree_t *np = newnode();
-    np->xmltag = EDI_STRSAV(tp->xmltag);
-    copynodeparms(np, const_cast<datatree_t *>(tp), __LINE__);
-    np->child = copyshape(tp->child);
-    return np;
-}
-
-// The loop nodes that the running fill made as repetitions of an earlier
-// occurrence.  Known by address, not by name: a configuration may hold two
-// different sibling loops of one name, and the second is no repetition of
-// the first.  Reset at the start of each message's fill; nothing is freed
-// while a fill runs, so every address in it is a live node of this fill.
-std::unordered_set<const datatree_t *> repetitions;
-
-// A copy of the chain `head` without values, in which an inner loop's
-// repetitions are left out, so that each of its loop nodes comes as its
-// first occurrence alone.  A repetition thus starts with the shape of the
-// configuration, not with the inner repetitions of the occurrence before
-// it: those would be copied again at every level of nesting, doubling the
-// template with each level.
-datatree_t *copyshape(const datatree_t *head)
-{
-    datatree_t *start = nullptr;
-    datatree_t **tpp = &start;
-    for (const datatree_t *tp = head; tp != nullptr; tp = tp->next) {
-        if (tp->xmltag[0] == '*' && repetitions.count(tp) != 0)
-            continue;
-        *tpp = copynode(tp);
-        tpp = &(*tpp)->next;
-    }
-    return start;
-}
-
 }  // namespace
 
 // Fills the template chain `out` from xdata on.  Returns -1 when a
@@ -93,8 +56,6 @@ datatree_t *copyshape(const datatree_t *head)
 // node handled took data (1) or not (0).
 int xydatatohead(datatree_t *out, int lvl)
 {
-    if (lvl == 0)
-        repetitions.clear();
     int match = 0;
     for (datatree_t *tp = out; tp != nullptr; tp = tp->next) {
         TRACE(2,
@@ -119,8 +80,24 @@ int xydatatohead(datatree_t *out, int lvl)
             }
             continue;
         }
-        if (tp->child == nullptr)
-            continue;
+        if (tp->child == nullptr) {
+            // A node without children is ignored, unless its children are
+            // pending: then it is walked as its empty copy would be.
+            if (!pending::ispending(tp))
+                continue;
+            const char *mandtag = nullptr;
+            switch (pending::judge(tp, &mandtag)) {
+            case pending::Verdict::missing:
+                fprintf(stderr, "mandatory tag <%s> not found\n", mandtag);
+                return -1;
+            case pending::Verdict::pass:
+                match = 0;
+                continue;
+            case pending::Verdict::open:
+                pending::open(tp);
+                break;
+            }
+        }
         // A node with children; a loop node repeats for as long as the
         // first child of its newest occurrence takes data.
         for (;;) {
@@ -129,8 +106,8 @@ int xydatatohead(datatree_t *out, int lvl)
                   tp->xmltag, tagornone(tp->child, "no child"));
             if (rc < 0)
                 return -1;
-            TRACE(2, "check data in <%s>\n", tp->child->xmltag);
-            match = hasdata(tp->child);
+            TRACE(2, "check data in <%s>\n", tagornone(tp->child, "no child"));
+            match = tp->child != nullptr ? hasdata(tp->child) : 0;
             if (tp->xmltag[0] != '*')
                 break;
             TRACE(2, "xydatatohead: lvl %d, looptag <%s>, match %d\n", lvl,
@@ -141,7 +118,7 @@ int xydatatohead(datatree_t *out, int lvl)
                   pathfornode(tp, 0));
             datatree_t *orgnext = tp->next;
             tp->next = nullptr;
-            datatree_t *sp = copynode(tp);
+            datatree_t *sp = pending::repetitionof(tp);
             TRACE(2,
                   "xydatatohead: after copysubtree sp %p, sp->next %p, "
                   "tp->next %p, orgnext %p, xdata %p\n",
@@ -151,7 +128,18 @@ int xydatatohead(datatree_t *out, int lvl)
             sp->next = orgnext;
             tp->next = sp;
             tp = sp;
-            repetitions.insert(sp);
+            // The repetition is walked as its empty copy would be.
+            const char *mandtag = nullptr;
+            const pending::Verdict v = pending::judge(tp, &mandtag);
+            if (v == pending::Verdict::missing) {
+                fprintf(stderr, "mandatory tag <%s> not found\n", mandtag);
+                return -1;
+            }
+            if (v == pending::Verdict::pass) {
+                match = 0;
+                break;
+            }
+            pending::open(tp);
         }
     }
     TRACE(2, "xydatatohead says %d, lvl %d\n", match, lvl);

@@ -1,0 +1,78 @@
+// One message of an interchange filled into its copy of the configuration,
+// pruned and numbered; and the numbers of the messages themselves.
+#include <unordered_map>
+
+#include "pendingshape.h"
+#include "readstages.h"
+
+namespace ediprot {
+
+namespace {
+
+// The configuration node of each node directly below the result's root:
+// the messages, and the further children of the configuration root that
+// the last message's copy brought along.
+std::unordered_map<const datatree_t *, const datatree_t *> heads;
+
+const datatree_t *headorigin(const datatree_t *dp)
+{
+    auto found = heads.find(dp);
+    return found != heads.end() ? found->second : nullptr;
+}
+
+}  // namespace
+
+void beginfill()
+{
+    heads.clear();
+    pending::beginread();
+}
+
+void endfill()
+{
+    heads.clear();
+    pending::beginread();
+}
+
+void forgetheads(const datatree_t *chain)
+{
+    for (const datatree_t *sp = chain; sp != nullptr; sp = sp->next)
+        heads.erase(sp);
+}
+
+datatree_t *fillmessage(datatree_t *conf, datatree_t *first)
+{
+    pending::beginmessage();
+    datatree_t *msg = pending::copyof(conf);
+    heads[msg] = conf;
+    datatree_t **tail = &msg->next;
+    for (datatree_t *cp = conf->next; cp != nullptr; cp = cp->next) {
+        *tail = pending::emptycopy(cp);
+        heads[*tail] = cp;
+        tail = &(*tail)->next;
+    }
+    if (pending::ispending(msg))
+        pending::open(msg);
+    setparents(msg, 0);
+    TRACE(2, "edifactread: after copysubtree\n");
+    TRACE_DUMP(3, msg);
+    xdata = first;
+    xydatatohead(msg->child, 0);
+    // Pruned now, so that the empty copies of one message are gone before
+    // the next is filled; the final pass over the whole tree finds the
+    // same nodes to keep.
+    std::vector<datatree_t *> removed;
+    prunemessage(&msg->child, removed);
+    if (conf->xmltag[0] != '$' && conf->child != nullptr)
+        numberloops(conf->child, msg->child, pending::origin, true);
+    freeremoved(removed);
+    pending::beginmessage();
+    return msg;
+}
+
+void numberheads(const datatree_t *conf, datatree_t *data)
+{
+    numberloops(conf, data, headorigin, false);
+}
+
+}  // namespace ediprot
