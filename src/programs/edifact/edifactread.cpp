@@ -207,6 +207,13 @@ EDIPROT_API datatree_t *edifactread(char *fn, envelope_t **evpp,
         }
         *drun = fillmessage(cfroot->child, xxp->child);
         drun = &(*drun)->next;
+        // The message's segments are in its copy now.  Unless the dump of
+        // docs below is to show them, they go at once, so that the flat
+        // chain and the result are never held whole at the same time.
+        if (!trace_on(3)) {
+            freedatatree(xxp->child->next);
+            xxp->child->next = nullptr;
+        }
     }
     TRACE_DUMP(3, docs);
     TRACE(2, "edifactread: before emptyloop\n");
