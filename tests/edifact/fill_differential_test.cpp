@@ -245,7 +245,9 @@ TEST(FillDifferential, EdifactreadGivesTheLiteralTreeOnGeneratedCases)
 
         FILE *fp = edihost_openinput(name, "r");
         ASSERT_NE(fp, nullptr);
+        ediprot::tagcnt = 0;
         datatree_t *flat = ediprot::readseg(fp, name);
+        ediprot::tagcnt = 0;
         fclose(fp);
         Reference ref;
         datatree_t *want = ref.read(flat->child, conf);
