@@ -110,4 +110,22 @@ bool readwhole(const std::string &path, std::string &text)
     return true;
 }
 
+Scratch::Scratch(const char *name)
+{
+    const char *tmp = getenv("TMPDIR");
+    std::string f = std::string(tmp != nullptr && *tmp != '\0' ? tmp : "/tmp") + "/edi-XXXXXX";
+    if (mkdtemp(f.data()) != nullptr) {
+        folder = f;
+        file = f + "/" + name;
+    }
+}
+
+Scratch::~Scratch()
+{
+    if (!file.empty())
+        unlink(file.c_str());
+    if (!folder.empty())
+        rmdir(folder.c_str());
+}
+
 }  // namespace edi
