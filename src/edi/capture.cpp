@@ -19,7 +19,12 @@ StderrCapture::StderrCapture(bool on)
         saved_ = -1;
         fclose(tmp_);
         tmp_ = nullptr;
+        return;
     }
+    // stderr is unbuffered: a module line per record (vdawrite's "dnode")
+    // would be a system call each.  While the lines go to the file they
+    // are buffered; restore() flushes them before reading the file.
+    setvbuf(stderr, buffer_, _IOFBF, sizeof buffer_);
 }
 
 StderrCapture::~StderrCapture()
@@ -32,6 +37,7 @@ void StderrCapture::restore()
     if (tmp_ == nullptr)
         return;
     fflush(stderr);
+    setvbuf(stderr, nullptr, _IONBF, 0);
     dup2(saved_, 2);
     close(saved_);
     rewind(tmp_);

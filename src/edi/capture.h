@@ -26,6 +26,7 @@ public:
 private:
     void restore();
     FILE *tmp_ = nullptr;
+    char buffer_[1 << 16];
     int saved_ = -1;
     std::vector<std::string> lines_;
 };

@@ -9,6 +9,7 @@
 
 #include "edihost.h"
 #include "batch.h"
+#include "capture.h"
 #include "jsontree.h"
 #include "output.h"
 #include "readinput.h"
@@ -70,6 +71,58 @@ void droptrailers(datatree_t *tree)
             }
         }
     }
+}
+
+// vdawrite writes to a scratch file, so that OUT is written whole or not
+// at all and no message names the scratch file.  Of what the module says,
+// the "dnode" line it writes for every record is shown only under
+// --verbose (a file of 100,000 records would bring 100,000 of them); the
+// other lines are named by the tree file, and a sentence follows a missing
+// mandatory element (the records are written all the same) or a failure.
+Exit writevdafile(const Module &mod, const Options &opt, datatree_t *tree, datatree_t *config)
+{
+    Scratch scratch("records.txt");
+    if (scratch.folder.empty()) {
+        perror("edi: temporary folder");
+        return exit_failed;
+    }
+    std::vector<char> out = writable(scratch.file);
+    std::vector<char> sender = writable(opt.sender);
+    std::vector<char> recipient = writable(opt.recipient);
+    StderrCapture cap(opt.trace < 0);
+    int rc = mod.vdawrite(tree, out.data(), nullptr, nullptr, config, sender.data(),
+                          recipient.data(), opt.test);
+    std::vector<std::string> lines;
+    size_t missing = 0;
+    for (std::string &line : cap.lines()) {
+        if (!opt.verbose && line.compare(0, 7, "dnode: ") == 0)
+            continue;
+        for (size_t at = line.find(scratch.file); at != std::string::npos;
+             at = line.find(scratch.file, at + opt.output.size()))
+            line.replace(at, scratch.file.size(), opt.output);
+        if (line.find("mandatory element") != std::string::npos)
+            missing++;
+        lines.push_back(line);
+    }
+    const std::string &name = opt.inputs[0];
+    printprefixed(name, lines);
+    if (rc != 0) {
+        fprintf(stderr, "%s: the record file could not be written (see the lines above); "
+                        "nothing was kept.\n", name.c_str());
+        return exit_failed;
+    }
+    if (missing > 0)
+        fprintf(stderr,
+                "%s: %zu mandatory element%s missing; the VDA writer writes every record all "
+                "the same, with the default or blanks in place of %s; fill %s in the tree or "
+                "give %s a default in the configuration.\n",
+                name.c_str(), missing, missing == 1 ? " is" : "s are",
+                missing == 1 ? "it" : "each", missing == 1 ? "it" : "them",
+                missing == 1 ? "it" : "them");
+    std::string text;
+    if (!readwhole(scratch.file, text))
+        return exit_failed;
+    return writewhole(opt.output, text) ? exit_ok : exit_failed;
 }
 
 }  // namespace
@@ -193,19 +246,11 @@ Exit writecommand(const Module &mod, const Options &opt)
         freedatatree(config);
         return exit_failed;
     }
-    bool vda = opt.command == "vda-write";
-    if (vda)
-        droptrailers(tree);
-    std::vector<char> out = writable(opt.output);
-    std::vector<char> sender = writable(opt.sender);
-    std::vector<char> recipient = writable(opt.recipient);
-    int rc = vda ? mod.vdawrite(tree, out.data(), nullptr, nullptr, config, sender.data(),
-                                recipient.data(), opt.test)
-                 : mod.edifactwrite(tree, out.data(), nullptr, nullptr, config, sender.data(),
-                                    recipient.data(), opt.test);
+    droptrailers(tree);
+    Exit rc = writevdafile(mod, opt, tree, config);
     freedatatree(tree);
     freedatatree(config);
-    return rc == 0 ? exit_ok : exit_failed;
+    return rc;
 }
 
 }  // namespace edi

@@ -86,10 +86,11 @@ const CommandHelp helps[] = {
                  "A file without any VDA record is refused.  Records the configuration\n"
                  "cannot place are listed and fail the read unless --keep-going.\n"
                  "With several INPUT files or a folder and -o, OUT is a folder.\n"},
-    {"vda-write", "usage: edi vda-write TREE --config FILE -o OUT\n"
+    {"vda-write", "usage: edi vda-write TREE --config FILE [--verbose] -o OUT\n"
                   "\n"
                   "Writes the tree (tree text or JSON) as a VDA record file with its\n"
-                  "trailer, by the configuration FILE.\n"},
+                  "trailer, by the configuration FILE.  OUT is written whole or not at\n"
+                  "all.  --verbose also shows the writer's line for each record.\n"},
 };
 
 bool usage(const char *fmt, const char *arg)

@@ -101,6 +101,11 @@ bool readwhole(const std::string &path, std::string &text)
     char buf[65536];
     size_t n;
     text.clear();
+    // Room for a regular file at once, so that a large one is not copied
+    // again at every growth of the string.
+    struct stat st;
+    if (fstat(fileno(fp), &st) == 0 && S_ISREG(st.st_mode) && st.st_size > 0)
+        text.reserve(static_cast<size_t>(st.st_size));
     while ((n = fread(buf, 1, sizeof buf, fp)) > 0)
         text.append(buf, n);
     bool ok = !ferror(fp);
@@ -108,6 +113,24 @@ bool readwhole(const std::string &path, std::string &text)
     if (!ok)
         return fail(isfolder(path) ? "it is a folder" : "read error");
     return true;
+}
+
+Scratch::Scratch(const char *name)
+{
+    const char *tmp = getenv("TMPDIR");
+    std::string f = std::string(tmp != nullptr && *tmp != '\0' ? tmp : "/tmp") + "/edi-XXXXXX";
+    if (mkdtemp(f.data()) != nullptr) {
+        folder = f;
+        file = f + "/" + name;
+    }
+}
+
+Scratch::~Scratch()
+{
+    if (!file.empty())
+        unlink(file.c_str());
+    if (!folder.empty())
+        rmdir(folder.c_str());
 }
 
 }  // namespace edi

@@ -21,6 +21,17 @@ bool isfolder(const std::string &path);
 // and false.
 bool readwhole(const std::string &path, std::string &text);
 
+// A private folder under $TMPDIR (or /tmp) for a file the module writes
+// before the command passes it on; removed with that file.  `folder` is
+// empty when it could not be made.
+struct Scratch {
+    std::string folder, file;
+    explicit Scratch(const char *name);
+    ~Scratch();
+    Scratch(const Scratch &) = delete;
+    Scratch &operator=(const Scratch &) = delete;
+};
+
 }  // namespace edi
 
 #endif

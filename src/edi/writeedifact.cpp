@@ -175,33 +175,12 @@ void reportvalueloss(const Module &mod, const Options &opt, const datatree_t *tr
             name.c_str(), lines.size(), lines.size() == 1 ? " is" : "s are");
 }
 
-// A private folder for the module's output; removed with what is in it.
-struct Scratch {
-    std::string folder, file;
-    Scratch()
-    {
-        const char *tmp = getenv("TMPDIR");
-        std::string f = std::string(tmp != nullptr && *tmp != '\0' ? tmp : "/tmp") + "/edi-XXXXXX";
-        if (mkdtemp(f.data()) != nullptr) {
-            folder = f;
-            file = f + "/interchange.edi";
-        }
-    }
-    ~Scratch()
-    {
-        if (!file.empty())
-            unlink(file.c_str());
-        if (!folder.empty())
-            rmdir(folder.c_str());
-    }
-};
-
 // One call of the module; its text, or false after its messages, named by
 // the tree file, and a sentence.
 bool writeonce(const Module &mod, const Options &opt, datatree_t *tree, datatree_t *config,
                std::string &text)
 {
-    Scratch scratch;
+    Scratch scratch("interchange.edi");
     if (scratch.folder.empty()) {
         perror("edi: temporary folder");
         return false;
