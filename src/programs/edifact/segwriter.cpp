@@ -12,7 +12,6 @@
 #include <stdio.h>
 #include <string.h>
 
-#include <memory>
 #include <string>
 #include <strings.h>
 
@@ -64,7 +63,9 @@ int writeeditag(FILE *fp, datatree_t *head, datatree_t *outcf, const char *loop)
 
     // Kept between calls, so that its memory is reused.
     static Segment seg;
-    seg.start = ftell(fp);
+    // Positions matter only to the trace lines; ftell costs a system call
+    // per segment, so it is asked only when they are written.
+    seg.start = trace_on(2) ? ftell(fp) : 0;
     TRACE(2, "last_data: %ld\n", seg.start);
     // The three characters behind the '$': cut, or blanks on the left.
     char tag[8];
@@ -102,35 +103,37 @@ int editraverse(FILE *fp, datatree_t *head, datatree_t *outcf, const char *loop)
         return 0;
     TRACE(2, "editraverse start <%s> loop <%s>\n", outcf->xmltag, loop);
 
-    // The loop string lies on the heap: a buffer of this size in every
-    // level of a deeply nested configuration would use up the stack.
-    std::unique_ptr<char[]> lbuf(new char[kTextMax]);
-    char *const lb = lbuf.get();
-    const size_t lbsize = kTextMax;
+    // The loop string of this level.  Loop strings are short, so it
+    // lives inside the string object (no allocation per call), and it
+    // takes no stack of its own size at any depth.
+    std::string lb;
     // One counter for all loop nodes of this chain: a loop node behind
     // another one goes on from the number at which the first one stopped.
     int i = 0;
     for (datatree_t *tp = outcf; tp != nullptr; tp = tp->next) {
-        snprintf(lb, lbsize, "%s", loop);
+        lb.assign(loop);
         if (tp->xmltag[0] == '*') {
             for (;;) {
                 i++;
-                int n = snprintf(lb, lbsize, "%s%s%d", loop, loop[0] != '\0' ? "." : "", i);
+                lb.assign(loop);
+                if (loop[0] != '\0')
+                    lb += '.';
+                lb += std::to_string(i);
                 // A loop string that no longer fits would stop changing
                 // with i and so never end the loop.
-                if (n < 0 || n >= static_cast<int>(lbsize))
+                if (lb.size() >= static_cast<size_t>(kTextMax))
                     break;
-                datatree_t *xnode = searchloopinstance(pathfornode(tp, 0), lb, head, tp->xmltag);
+                datatree_t *xnode = searchloopinstance(pathfornode(tp, 0), lb.c_str(), head, tp->xmltag);
                 if (xnode == nullptr)
                     break;
-                TRACE(2, "editraverse <%s> loop <%s>, xnod %p\n", tp->xmltag, lb,
+                TRACE(2, "editraverse <%s> loop <%s>, xnod %p\n", tp->xmltag, lb.c_str(),
                       static_cast<void *>(xnode));
-                editraverse(fp, head, tp->child, lb);
+                editraverse(fp, head, tp->child, lb.c_str());
             }
         } else if (tp->xmltag[0] == '$') {
-            writeeditag(fp, head, tp, lb);
+            writeeditag(fp, head, tp, lb.c_str());
         } else if (tp->child != nullptr) {
-            editraverse(fp, head, tp->child, lb);
+            editraverse(fp, head, tp->child, lb.c_str());
         }
     }
     return 0;
