@@ -6,6 +6,8 @@
 // ratio of the two.
 //
 // Usage: bench_edi_convert [records ...]   (default 10000 100000)
+// With EDIPROT_BENCH_KEEP set, the configurations and the trees of the
+// last size stay in the folder named at the end, to run edi by hand.
 #include <stdio.h>
 #include <stdlib.h>
 #include <sys/stat.h>
@@ -96,7 +98,7 @@ int main(int argc, char **argv)
 
     for (bool vda : {false, true}) {
         datatree_t *cf = vda ? vdatree(1, true) : orderstree::makeconfig();
-        const std::string cfn = dir + "/config.tree";
+        const std::string cfn = dir + (vda ? "/vda-config.tree" : "/edifact-config.tree");
         save(cfn, cf, false);
         for (int n : sizes) {
             datatree_t *data = vda ? vdatree(n, false) : orderstree::makedata(n);
@@ -108,12 +110,13 @@ int main(int argc, char **argv)
             long size = stat(out.c_str(), &st) == 0 ? static_cast<long>(st.st_size) : -1;
             printf("%s %6d: module %.3f s (%ld bytes)", vda ? "vda-write" : "write    ", n, tmod, size);
             for (bool json : {false, true}) {
-                const std::string in = dir + (json ? "/data.json" : "/data.tree");
+                const std::string in = dir + (vda ? "/vda" : "/edifact") + (json ? ".json" : ".tree");
                 save(in, data, json);
                 double tedi = runedi((vda ? "vda-write " : "write ") + in + " --config " + cfn +
                                      (vda ? "" : " --sender S --recipient R") + " -o " + out);
                 printf(", %s %.3f s (x%.1f)", json ? "json" : "tree", tedi, tedi / tmod);
-                unlink(in.c_str());
+                if (getenv("EDIPROT_BENCH_KEEP") == nullptr)
+                    unlink(in.c_str());
             }
             printf("\n");
             fflush(stdout);
@@ -121,8 +124,14 @@ int main(int argc, char **argv)
         }
         freedatatree(cf);
     }
+    if (getenv("EDIPROT_BENCH_KEEP") != nullptr) {
+        // The files of the last size stay, to run the command by hand.
+        fprintf(stdout, "files kept in %s\n", dir.c_str());
+        return 0;
+    }
     unlink(out.c_str());
-    unlink((dir + "/config.tree").c_str());
+    unlink((dir + "/vda-config.tree").c_str());
+    unlink((dir + "/edifact-config.tree").c_str());
     rmdir(dir.c_str());
     return 0;
 }

@@ -2,6 +2,7 @@
 
 #include <stdio.h>
 
+#include <string_view>
 #include <unordered_map>
 
 namespace edi {
@@ -14,27 +15,31 @@ bool servicechar(char c)
     return c == '\'' || c == '+' || c == ':' || c == '?';
 }
 
-// Configuration nodes by their path of names below the root
-// ("*ORDERS/*SG2/$NAD/C080/3036").  Iterative: configurations may nest deeply.
-using Nodes = std::unordered_map<std::string, const datatree_t *>;
-
-Nodes bypath(const datatree_t *config)
-{
-    Nodes out;
-    std::vector<std::pair<const datatree_t *, std::string>> todo{{config, ""}};
-    while (!todo.empty()) {
-        auto [node, path] = todo.back();
-        todo.pop_back();
-        for (const datatree_t *c = node->child; c != nullptr; c = c->next) {
-            if (c->xmltag == nullptr)
-                continue;
-            std::string p = path.empty() ? c->xmltag : path + "/" + c->xmltag;
-            out.emplace(p, c);
-            todo.emplace_back(c, p);
+// The configuration child of `parent` named `name`, the first if several
+// are: the writer finds a value through the names from the message node
+// down.  Each configuration node's children are indexed on first use.
+class Children {
+public:
+    const datatree_t *find(const datatree_t *parent, const char *name)
+    {
+        auto &index = byparent_[parent];
+        if (!index.built) {
+            for (const datatree_t *c = parent->child; c != nullptr; c = c->next)
+                if (c->xmltag != nullptr)
+                    index.byname.emplace(c->xmltag, c);
+            index.built = true;
         }
+        auto found = index.byname.find(name);
+        return found != index.byname.end() ? found->second : nullptr;
     }
-    return out;
-}
+
+private:
+    struct Index {
+        bool built = false;
+        std::unordered_map<std::string_view, const datatree_t *> byname;
+    };
+    std::unordered_map<const datatree_t *, Index> byparent_;
+};
 
 // What the writer does to one value, or "" if it writes it as it is.
 std::string change(const char *value, const datatree_t *cf, const char *charset)
@@ -78,42 +83,57 @@ std::string change(const char *value, const datatree_t *cf, const char *charset)
 std::vector<std::string> valueloss(const datatree_t *first, const datatree_t *last, int number,
                                    const datatree_t *config, const char *charset)
 {
-    Nodes nodes = bypath(config);
+    Children children;
     std::vector<std::string> lines;
-    struct Item {
+    // Nodes met on the walk; `where` of a node is the names of the named
+    // frames from its tag node down, rebuilt only for a message line.
+    struct Frame {
         const datatree_t *node;
-        std::string path, where;
+        const datatree_t *conf;
+        int up;      // frame of the parent, -1 for the message node
+        bool named;  // a tag node or below one
+    };
+    std::vector<Frame> frames;
+    std::vector<int> todo, kids;
+    auto where = [&frames](int at) {
+        std::vector<const char *> names;
+        for (; at >= 0 && frames[static_cast<size_t>(at)].named; at = frames[static_cast<size_t>(at)].up)
+            names.push_back(frames[static_cast<size_t>(at)].node->xmltag);
+        std::string w;
+        for (auto n = names.rbegin(); n != names.rend(); ++n)
+            w += (w.empty() ? "" : ".") + std::string(*n);
+        return w;
     };
     for (const datatree_t *m = first; m != nullptr; m = m->next, number++) {
-        if (m->xmltag != nullptr && nodes.count(m->xmltag) != 0) {
-            std::vector<Item> todo{{m, m->xmltag, ""}};
-            std::vector<std::string> found;
+        const datatree_t *mconf = m->xmltag != nullptr ? children.find(config, m->xmltag) : nullptr;
+        if (mconf != nullptr) {
+            frames.assign(1, {m, mconf, -1, false});
+            todo.assign(1, 0);
+            // The children of a node are looked at before anything below
+            // them, then walked in order, depth first.
             while (!todo.empty()) {
-                Item it = todo.back();
+                const int at = todo.back();
                 todo.pop_back();
-                std::vector<Item> kids;
+                kids.clear();
+                const Frame it = frames[static_cast<size_t>(at)];
                 for (const datatree_t *c = it.node->child; c != nullptr; c = c->next) {
                     if (c->xmltag == nullptr)
                         continue;
-                    std::string p = it.path + "/" + c->xmltag;
-                    auto cf = nodes.find(p);
-                    if (cf == nodes.end())
+                    const datatree_t *cf = children.find(it.conf, c->xmltag);
+                    if (cf == nullptr)
                         continue;  // the writer never reaches it
-                    // Messages name a value from its tag node down.
-                    std::string w = it.where.empty() && c->iseditag == 0
-                                        ? ""
-                                        : (it.where.empty() ? "" : it.where + ".") + c->xmltag;
+                    frames.push_back({c, cf, at, it.named || c->iseditag != 0});
+                    const int self = static_cast<int>(frames.size()) - 1;
                     if (c->data != nullptr && c->data[0] != '\0' && c->child == nullptr) {
-                        std::string why = change(c->data, cf->second, charset);
+                        std::string why = change(c->data, cf, charset);
                         if (!why.empty())
-                            found.push_back("message " + std::to_string(number) + ", " + w +
-                                            ": " + why);
+                            lines.push_back("message " + std::to_string(number) + ", " +
+                                            where(self) + ": " + why);
                     }
-                    kids.push_back({c, p, w});
+                    kids.push_back(self);
                 }
                 todo.insert(todo.end(), kids.rbegin(), kids.rend());
             }
-            lines.insert(lines.end(), found.begin(), found.end());
         }
         if (m == last)
             break;

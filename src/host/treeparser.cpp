@@ -62,6 +62,8 @@ datatree_t *parsetree(const char *text, size_t len, const char *name)
     std::vector<entryfield> fields;
     std::string tag;
     datatree_t *head = nullptr;
+    // One shared copy of the name for every node.
+    char *const file = edihost_internname(name);
     const char *lb;
     const char *le;
     while (lines.next(lb, le)) {
@@ -89,7 +91,7 @@ datatree_t *parsetree(const char *text, size_t len, const char *name)
                 edihost_outofmemory();
             tp->xmltag = newcopy(tag);
             tp->line = lines.lineno;
-            tp->file = edihost_internname(name);
+            tp->file = file;
             ok = setfields(ls, tp, fields);
         }
         // Where the node goes: below the latest node when indented deeper,
