@@ -37,7 +37,76 @@ struct Facts {
     const char *firstmand = nullptr;
 };
 
-std::unordered_map<const datatree_t *, Entry> table;  // per message
+// The entries of one message's template nodes, by node address.  Open
+// addressing in one array: a long message records millions of nodes, and
+// a node-based map would allocate one more block for each of them.
+class Table {
+public:
+    Entry *find(const datatree_t *key)
+    {
+        if (slots_.empty())
+            return nullptr;
+        for (size_t i = slot(key);; i = (i + 1) & mask_) {
+            if (slots_[i].key == key)
+                return &slots_[i].value;
+            if (slots_[i].key == nullptr)
+                return nullptr;
+        }
+    }
+    // Records `value` for `key`; earlier Entry pointers become invalid.
+    void put(const datatree_t *key, const Entry &value)
+    {
+        if ((used_.size() + 1) * 10 > slots_.size() * 7)
+            grow();
+        size_t i = slot(key);
+        while (slots_[i].key != nullptr && slots_[i].key != key)
+            i = (i + 1) & mask_;
+        if (slots_[i].key == nullptr) {
+            slots_[i].key = key;
+            used_.push_back(i);
+        }
+        slots_[i].value = value;
+    }
+    void clear()
+    {
+        for (size_t i : used_)
+            slots_[i].key = nullptr;
+        used_.clear();
+    }
+
+private:
+    struct Slot {
+        const datatree_t *key = nullptr;
+        Entry value{};
+    };
+    size_t slot(const datatree_t *key) const
+    {
+        // Node addresses differ in their middle bits; mix them into all.
+        uint64_t x = reinterpret_cast<uintptr_t>(key);
+        x ^= x >> 33;
+        x *= 0xff51afd7ed558ccdULL;
+        x ^= x >> 33;
+        x *= 0xc4ceb9fe1a85ec53ULL;
+        x ^= x >> 33;
+        return static_cast<size_t>(x) & mask_;
+    }
+    void grow()
+    {
+        std::vector<Slot> old;
+        old.swap(slots_);
+        std::vector<size_t> oldused;
+        oldused.swap(used_);
+        slots_.resize(old.empty() ? 1024 : old.size() * 2);
+        mask_ = slots_.size() - 1;
+        for (size_t i : oldused)
+            put(old[i].key, old[i].value);
+    }
+    std::vector<Slot> slots_;
+    std::vector<size_t> used_;
+    size_t mask_ = 0;
+};
+
+Table table;  // per message
 std::unordered_map<const datatree_t *, Facts> facts;  // per configuration
 
 uint32_t tagkey(const char *name)
@@ -81,8 +150,7 @@ const Facts &factsof(const datatree_t *conf)
 
 Entry *entryof(const datatree_t *tp)
 {
-    auto found = table.find(tp);
-    return found != table.end() ? &found->second : nullptr;
+    return table.find(tp);
 }
 
 // The configuration node of `s`: recorded for template nodes, `s` itself
@@ -168,11 +236,11 @@ datatree_t *copyof(datatree_t *s)
     if (s->iseditag != 0) {
         np->child = copysubtree(s->child);
         if (s->xmltag[0] == '*')
-            table[np] = {originof(s, e), nullptr, Kind::built, false};
+            table.put(np, {originof(s, e), nullptr, Kind::built, false});
     } else if (s->child != nullptr || (e != nullptr && e->kind == Kind::lazy)) {
-        table[np] = {originof(s, e), childsource(s, e), Kind::lazy, e == nullptr};
+        table.put(np, {originof(s, e), childsource(s, e), Kind::lazy, e == nullptr});
     } else if (s->xmltag[0] == '*') {
-        table[np] = {originof(s, e), nullptr, Kind::built, false};
+        table.put(np, {originof(s, e), nullptr, Kind::built, false});
     }
     return np;
 }
@@ -181,7 +249,7 @@ datatree_t *repetitionof(datatree_t *tp)
 {
     const Entry *e = entryof(tp);
     datatree_t *np = namedcopy(tp);
-    table[np] = {originof(tp, e), tp->child, Kind::lazy, false};
+    table.put(np, {originof(tp, e), tp->child, Kind::lazy, false});
     return np;
 }
 
@@ -220,7 +288,7 @@ void open(datatree_t *tp)
             rest->parent = tp->parent;
             rest->next = tp->next;
             tp->next = rest;
-            table[rest] = {o, after, Kind::block, false};
+            table.put(rest, {o, after, Kind::block, false});
         }
         copynodeparms(tp, r, __LINE__);
         const Entry *re = entryof(r);
@@ -241,7 +309,7 @@ void open(datatree_t *tp)
             np = newnode();
             np->xmltag = EDI_STRSAV(s->xmltag);
             datatree_t *first = se != nullptr && se->kind == Kind::block ? se->src : s;
-            table[np] = {o, first, Kind::block, initial};
+            table.put(np, {o, first, Kind::block, initial});
             do {
                 s = s->next;
                 se = s != nullptr ? entryof(s) : nullptr;
