@@ -75,8 +75,9 @@ const CommandHelp helps[] = {
               "several times: one per message type of the tree).  Without --config\n"
               "each message type's configuration is generated from the directory\n"
               "its UNH names (S009), or from --message (ORDERS:D96A).  --test marks the\n"
-              "interchange as a test.  UNT and UNZ counts are corrected and UNB and\n"
-              "UNZ get the control reference REF or a generated unique one\n"
+              "interchange as a test.  UNT and UNZ counts are corrected, each UNT\n"
+              "gets its UNH's message reference, and UNB and UNZ get the control\n"
+              "reference REF or a generated unique one\n"
               "(--verbose lists each change); --exact keeps the module's output\n"
               "as it is.\n"},
     {"vda-read", "usage: edi vda-read INPUT... --config FILE [--format tree|json]\n"
