@@ -36,6 +36,7 @@ std::string fixcounts(const std::string &text, const std::string &ref,
 {
     std::string out;
     long insegs = 0, messages = 0;
+    std::string unhref;  // the message reference (0062) of the last UNH
     // The segment with its elements set, and a note for each that changed.
     auto set = [&](std::string_view body, const Segment &s,
                    const std::vector<std::pair<size_t, std::string>> &values) {
@@ -53,9 +54,15 @@ std::string fixcounts(const std::string &text, const std::string &ref,
         if (s.tag == "UNH") {
             insegs = 0;
             messages++;
+            std::vector<std::string> els = elementsof(body, s.sx);
+            unhref = els.size() > 1 ? els[1] : "";
         }
         insegs++;
-        if (s.tag == "UNT")
+        // A UNT repeats its UNH's message reference; where the UNH has none
+        // there is nothing to repeat, and the UNT's is left as it is.
+        if (s.tag == "UNT" && !unhref.empty())
+            set(body, s, {{1, std::to_string(insegs)}, {2, unhref}});
+        else if (s.tag == "UNT")
             set(body, s, {{1, std::to_string(insegs)}});
         else if (s.tag == "UNZ")
             set(body, s, {{1, std::to_string(messages)}, {2, ref}});

@@ -1,8 +1,8 @@
 // What a partner's translator checks in an interchange the module wrote:
-// each UNT's segment count, the UNZ's message count, and a control
-// reference in UNB and UNZ that is the same in both and new for every
-// interchange.  The command corrects these in its copy of the module's
-// output.
+// each UNT's segment count and message reference (the same as its UNH's),
+// the UNZ's message count, and a control reference in UNB and UNZ that is
+// the same in both and new for every interchange.  The command corrects
+// these in its copy of the module's output.
 #ifndef EDI_COUNTFIX_H
 #define EDI_COUNTFIX_H
 
@@ -13,10 +13,11 @@
 
 namespace edi {
 
-// The interchange `text` with UNT counts, UNZ count and the reference
-// `ref` in UNB (element 5) and UNZ (element 2) set.  Segments the text
-// does not have are left alone.  Each value that changed is noted in
-// `changes` ("UNT element 1: 35 -> 34").
+// The interchange `text` with UNT counts, UNT message references (from
+// the UNH in front, element 1), UNZ count and the reference `ref` in UNB
+// (element 5) and UNZ (element 2) set.  Segments the text does not have
+// are left alone.  Each value that changed is noted in `changes` ("UNT
+// element 1: 35 -> 34").
 std::string fixcounts(const std::string &text, const std::string &ref,
                       std::vector<std::string> &changes);
 

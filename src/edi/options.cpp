@@ -4,6 +4,9 @@
 #include <stdio.h>
 #include <stdlib.h>
 #include <string.h>
+#include <strings.h>
+
+#include "output.h"
 
 namespace edi {
 
@@ -46,7 +49,8 @@ const CommandHelp helps[] = {
              "without qualifier given an empty one, group segments taken out, one\n"
              "copy per interchange and message type; --verbose lists the changes,\n"
              "--raw reads the file as it is.  The key doctype_sender is reported\n"
-             "on stderr (tree format) or in the \"key\" field (json).  With several\n"
+             "on stderr (tree format) or in the \"key\" field (json).  Without\n"
+             "--format, -o OUT ending in .json gives json, else tree.  With several\n"
              "INPUT files or a folder and -o, OUT is a folder that receives one\n"
              "result per input.  -j N reads N inputs at once in processes of\n"
              "their own and ends with a summary.  Segments the configuration has\n"
@@ -75,8 +79,9 @@ const CommandHelp helps[] = {
               "several times: one per message type of the tree).  Without --config\n"
               "each message type's configuration is generated from the directory\n"
               "its UNH names (S009), or from --message (ORDERS:D96A).  --test marks the\n"
-              "interchange as a test.  UNT and UNZ counts are corrected and UNB and\n"
-              "UNZ get the control reference REF or a generated unique one\n"
+              "interchange as a test.  UNT and UNZ counts are corrected, each UNT\n"
+              "gets its UNH's message reference, and UNB and UNZ get the control\n"
+              "reference REF or a generated unique one\n"
               "(--verbose lists each change); --exact keeps the module's output\n"
               "as it is.\n"},
     {"vda-read", "usage: edi vda-read INPUT... --config FILE [--format tree|json]\n"
@@ -85,6 +90,7 @@ const CommandHelp helps[] = {
                  "Reads each VDA record file into a tree with the configuration FILE.\n"
                  "A file without any VDA record is refused.  Records the configuration\n"
                  "cannot place are listed and fail the read unless --keep-going.\n"
+                 "Without --format, -o OUT ending in .json gives json, else tree.\n"
                  "With several INPUT files or a folder and -o, OUT is a folder.\n"},
     {"vda-write", "usage: edi vda-write TREE --config FILE [--verbose] -o OUT\n"
                   "\n"
@@ -132,11 +138,15 @@ bool parseoptions(int argc, char **argv, Options &opt)
         };
         int r = 0;
         std::string trace, jobs;
-        if ((r = value("--servconf", opt.servconf)) || (r = value("--format", opt.format)) ||
-            (r = value("-o", opt.output)) || (r = value("--output", opt.output)) ||
-            (r = value("--reference", opt.reference)) || (r = value("--message", opt.message))) {
+        if ((r = value("--servconf", opt.servconf)) || (r = value("-o", opt.output)) ||
+            (r = value("--output", opt.output)) || (r = value("--reference", opt.reference)) ||
+            (r = value("--message", opt.message))) {
             if (r < 0)
                 return false;
+        } else if ((r = value("--format", opt.format))) {
+            if (r < 0)
+                return false;
+            opt.formatgiven = true;
         } else if ((r = value("--config", opt.config))) {
             if (r < 0)
                 return false;
@@ -209,6 +219,12 @@ bool parseoptions(int argc, char **argv, Options &opt)
         return usage("unknown command '%s'", opt.command.c_str());
     if (opt.format != "tree" && opt.format != "json")
         return usage("--format takes tree or json, not '%s'", opt.format.c_str());
+    // Without --format, an output file named *.json gets JSON: that is what
+    // anyone naming it so expects.  A folder as OUT keeps tree text.
+    const std::string &out = opt.output;
+    if (!opt.formatgiven && out.size() > 5 &&
+        strcasecmp(out.c_str() + out.size() - 5, ".json") == 0 && !isfolder(out))
+        opt.format = "json";
     if (opt.inputs.empty())
         return usage("%s needs an input file", opt.command.c_str());
     bool writing = opt.command == "write" || opt.command == "vda-write";

@@ -15,7 +15,8 @@ struct Options {
     std::vector<std::string> inputs;  // INPUT files, or the TREE file
     std::string servconf;             // --servconf FILE
     std::string config;               // --config FILE
-    std::string format = "tree";      // --format tree|json
+    std::string format = "tree";      // --format tree|json, else from the name of OUT
+    bool formatgiven = false;         // --format was given
     std::string output;               // -o OUT
     std::string sender, recipient;    // --sender, --recipient
     bool havesender = false, haverecipient = false;

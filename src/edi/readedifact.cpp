@@ -90,20 +90,31 @@ std::string typeof(const std::string &msgtype)
 
 // Units whose messages no directory describes are cut into one unit per
 // message, each to be read with a layout taken from itself; the rest stay.
-// The note is printed even without --verbose: the tree's names are then
-// positions, not the directory's, and the user must know why.
+// A header without message type (UNH+1+:D:95B:UN) names nothing to look
+// up, so its messages are read the same way.  The note is printed even
+// without --verbose: the tree's names are then positions, not the
+// directory's, and the user must know why.
 std::vector<Unit> ownlayouts(const std::vector<Unit> &units, Generated &gen, const Options &opt,
                              const std::string &input, std::vector<std::string> &changes)
 {
     std::vector<Unit> out;
     for (const Unit &u : units) {
         std::string err;
-        if (u.msgtype.empty() || typeof(u.msgtype).empty() || gen.get(u.msgtype, err) != nullptr) {
+        if (u.msgtype.empty()) {
             out.push_back(u);
             continue;
         }
-        changes.push_back(describeunit(u) + ": " + err +
-                          "; each message was read with a layout taken from itself instead");
+        if (typeof(u.msgtype).empty())
+            changes.push_back(describeunit(u) + ": the message header has no message type, so "
+                              "no directory can describe it; each message was read with a "
+                              "layout taken from itself");
+        else if (gen.get(u.msgtype, err) == nullptr)
+            changes.push_back(describeunit(u) + ": " + err +
+                              "; each message was read with a layout taken from itself instead");
+        else {
+            out.push_back(u);
+            continue;
+        }
         if (!opt.verbose)
             printprefixed(input, {changes.back()});
         for (Unit &one : splitmessages(u)) {
