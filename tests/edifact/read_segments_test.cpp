@@ -4,13 +4,23 @@
 
 #include <string>
 
-#include "read_support.h"
+#include "internal.h"
 #include "testsupport.h"
 
-using readsupport::picture;
-using readsupport::readbytes;
+using testsupport::picture;
 
 namespace {
+
+// The flat read of `bytes` with the separators as they stand: the root
+// that readseg returns (NULL on a refused segment).
+datatree_t *readbytes(const std::string &bytes)
+{
+    FILE *fp = bytes.empty() ? fopen("/dev/null", "r")
+                             : fmemopen(const_cast<char *>(bytes.data()), bytes.size(), "r");
+    datatree_t *root = ediprot::readseg(fp, "mem");
+    fclose(fp);
+    return root;
+}
 
 struct SegmentCase {
     int before;  // tagcnt ahead of the segment
@@ -67,7 +77,7 @@ TEST(Readseg, GivesEveryMalformedSegmentTextADefinedNode)
         {999, "UNT+5+1", "$UNT1000_D{DST=\"5\" DST=\"1\"}"},
     };
     for (const auto &c : cases)
-        EXPECT_EQ(readone(c), c.expected) << readsupport::quoted(c.text.c_str());
+        EXPECT_EQ(readone(c), c.expected) << testing::PrintToString(c.text);
 }
 
 TEST(Readseg, EndsEveryFileWithTheLastPieceEvenWhenEmpty)

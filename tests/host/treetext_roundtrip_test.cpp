@@ -11,12 +11,11 @@
 
 #include "edihost.h"
 #include "testsupport.h"
-#include "treecompare.h"
 
 using testsupport::adopt;
 using testsupport::dump;
 using testsupport::node;
-using treecompare::sametree;
+using testsupport::sametree;
 
 namespace {
 

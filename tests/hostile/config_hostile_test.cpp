@@ -8,13 +8,21 @@
 #include <string>
 
 #include "edihost.h"
-#include "hostile.h"
 #include "testsupport.h"
 
-using hostile::kInterchange;
-using hostile::ReadResult;
+using testsupport::Read;
+using testsupport::writeedifact;
+using testsupport::writevda;
+using testsupport::Written;
 
 namespace {
+
+const char *const kInterchange =
+    "UNB+UNOA:3+SENDER:14+RECIP:14+071123:1015+REF1'"
+    "UNH+1+ORDERS:D:96A:UN'"
+    "FTX+AAI++TEXT'"
+    "UNT+3+1'"
+    "UNZ+1+REF1'";
 
 constexpr int kDepth = 1000;
 constexpr int kWidth = 100000;
@@ -89,39 +97,6 @@ std::string ones(int count)
     return out;
 }
 
-// Writes `tree` with `cf` and returns the result, stderr and the file.
-struct Written {
-    int rc = 0;
-    std::string err;
-    std::string text;
-};
-
-Written writeedifact(datatree_t *tree, datatree_t *cf)
-{
-    Written w;
-    const std::string out = testsupport::tempdir() + "/out.edi";
-    char sender[] = "SENDER";
-    char recipient[] = "RECIP";
-    w.err = testsupport::capture_stderr([&] {
-        w.rc = edifactwrite(tree, const_cast<char *>(out.c_str()), nullptr, nullptr, cf, sender,
-                            recipient, 0);
-    });
-    w.text = testsupport::readfile(out);
-    return w;
-}
-
-Written writevda(datatree_t *tree, datatree_t *cf)
-{
-    Written w;
-    const std::string out = testsupport::tempdir() + "/out.vda";
-    w.err = testsupport::capture_stderr([&] {
-        w.rc = vdawrite(tree, const_cast<char *>(out.c_str()), nullptr, nullptr, cf, nullptr,
-                        nullptr, 0);
-    });
-    w.text = testsupport::readfile(out);
-    return w;
-}
-
 // ---- EDIFACT -------------------------------------------------------------
 
 // The deep configuration comes through the service configuration and the
@@ -135,8 +110,8 @@ TEST(ConfigHostile, AThousandLoopsDeepReadAndWriteAnInterchange)
     ASSERT_EQ(edihost_loadservconf((dir + "/serv.conf").c_str()), 0);
     const std::string in = testsupport::writefile(dir + "/in.edi", kInterchange);
 
-    ReadResult r;
-    hostile::readedifact(r, in, nullptr);
+    Read r;
+    testsupport::readedifact(r, in, nullptr);
     ASSERT_NE(r.tree, nullptr) << r.err;
     EXPECT_EQ(r.err, "");
     EXPECT_EQ(r.at(deeppath().c_str(), ones(kDepth + 1).c_str()), "TEXT");
@@ -158,8 +133,8 @@ TEST(ConfigHostile, AHundredThousandSiblingTagsReadAndWriteAnInterchange)
     ix.replace(ix.find("FTX+AAI++TEXT'"), 14, "FTX+ONE'FTX+TWO'FTX+THREE'");
     const std::string in = testsupport::writefile(testsupport::tempdir() + "/in.edi", ix);
 
-    ReadResult r;
-    hostile::readedifact(r, in, cf);
+    Read r;
+    testsupport::readedifact(r, in, cf);
     ASSERT_NE(r.tree, nullptr) << r.err;
     EXPECT_EQ(r.err, "");
     // Each segment went to the next FTX tag node; the others stay empty.
@@ -223,8 +198,8 @@ TEST(ConfigHostile, AThousandLevelsDeepReadAndWriteARecordFile)
     const std::string in =
         testsupport::writefile(testsupport::tempdir() + "/in.vda", k511 + "\n" + k512 + "\n");
 
-    ReadResult r;
-    hostile::readvda(r, in, cf);
+    Read r;
+    testsupport::readvda(r, in, cf);
     ASSERT_NE(r.tree, nullptr);
     EXPECT_EQ(r.err, "");
     EXPECT_EQ(r.at((path + ".$S512.part").c_str(), ""), "PART");
@@ -253,8 +228,8 @@ TEST(ConfigHostile, AThousandLoopsDeepRefuseTheRecordBelowThem)
     const std::string in =
         testsupport::writefile(testsupport::tempdir() + "/in.vda", k511 + "\n" + k512 + "\n");
 
-    ReadResult r;
-    hostile::readvda(r, in, cf);
+    Read r;
+    testsupport::readvda(r, in, cf);
     ASSERT_NE(r.tree, nullptr);
     EXPECT_EQ(r.err, "insrecord: more than 10 loops in path <" + path + ".$S512>\n");
     EXPECT_EQ(r.tree->child->next, nullptr);
@@ -279,8 +254,8 @@ TEST(ConfigHostile, AHundredThousandSiblingsReadAndWriteARecordFile)
     const std::string in =
         testsupport::writefile(testsupport::tempdir() + "/in.vda", k511 + "\n" + k512 + "\n");
 
-    ReadResult r;
-    hostile::readvda(r, in, cf);
+    Read r;
+    testsupport::readvda(r, in, cf);
     ASSERT_NE(r.tree, nullptr);
     EXPECT_EQ(r.err, "");
     EXPECT_EQ(r.at("vda.*CALLOFF.$S512.part", "1"), "PART");
@@ -306,8 +281,8 @@ TEST(ConfigHostile, ALoopNamedLikeARecordKeyLosesTheRecordButNothingElse)
     const std::string in = testsupport::writefile(
         testsupport::tempdir() + "/in.vda", k511 + "\n" + k512 + "\n" + k512 + "\n");
 
-    ReadResult r;
-    hostile::readvda(r, in, cf);
+    Read r;
+    testsupport::readvda(r, in, cf);
     ASSERT_NE(r.tree, nullptr);
     EXPECT_EQ(r.err, "insrecord: no path\ninsrecord: no path\n");
     EXPECT_EQ(r.at("vda.$S511.customer", ""), "CUSTOMER1");
