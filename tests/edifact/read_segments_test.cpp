@@ -94,23 +94,6 @@ TEST(Readseg, EndsEveryFileWithTheLastPieceEvenWhenEmpty)
     freedatatree(root);
 }
 
-TEST(Readseg, KeepsReleasedTerminatorInText)
-{
-    datatree_t *root = readbytes("FTX+A?'B'");
-    ASSERT_NE(root, nullptr);
-    EXPECT_EQ(picture(root->child), "$FTX001_D{DST=\"A?'B\"} $002_D{CDE=\"\"}");
-    freedatatree(root);
-}
-
-TEST(Readseg, ReadsOnBehindUnzAndCountsLineBreaksAsText)
-{
-    datatree_t *root = readbytes("UNZ+1'\nXYZ+2'\n");
-    ASSERT_NE(root, nullptr);
-    EXPECT_EQ(picture(root->child),
-              "$UNZ001_D{DST=\"1\"} $\\nXY002_D{CDE=\"+2\"} $\\n003_D{CDE=\"\"}");
-    freedatatree(root);
-}
-
 TEST(Readseg, NulByteEndsTheSplittingButNotTheSegment)
 {
     std::string bytes("ABC+X\0Y+Z'A\0C+Q'", 16);
@@ -142,31 +125,6 @@ TEST(Readseg, BlankReleaseCharacterReleasesTheSeparatorBehindIt)
     ASSERT_NE(root, nullptr);
     EXPECT_EQ(picture(root->child), "$FTX001_D{DST=\"A +B\" DST=\"C\"}");
     freedatatree(root);
-}
-
-TEST(Readseg, AcceptsSegmentUpToTheBufferLimit)
-{
-    std::string text = "FTX+" + std::string(ediprot::kTextMax - 1 - 4, 'x');
-    datatree_t *root = readbytes(text + "'");
-    ASSERT_NE(root, nullptr);
-    ASSERT_NE(root->child->child, nullptr);
-    EXPECT_EQ(strlen(root->child->child->data), text.size() - 4);
-    freedatatree(root);
-}
-
-TEST(Readseg, RefusesSegmentBeyondTheBufferLimit)
-{
-    const std::string tooLong[] = {
-        "UNB+1'FTX+" + std::string(ediprot::kTextMax - 4, 'x') + "'",
-        "FTX+" + std::string(ediprot::kTextMax - 4, 'x'),
-        "FTX+" + std::string(ediprot::kTextMax - 6, 'x') + "?''",
-    };
-    for (const auto &bytes : tooLong) {
-        datatree_t *root = reinterpret_cast<datatree_t *>(1);
-        std::string err = testsupport::capture_stderr([&] { root = readbytes(bytes); });
-        EXPECT_EQ(root, nullptr);
-        EXPECT_EQ(err, "mem: segment longer than 8191 characters\n");
-    }
 }
 
 }  // namespace

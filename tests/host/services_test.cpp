@@ -108,30 +108,3 @@ TEST(Copynodeparms, CopiesTheParametersButNeitherValueNorLinks)
     freedatatree(dst);
 }
 
-TEST(Printdata, WritesTheTreeOnlyWhileTheTopBitsOfTracelevelAreSet)
-{
-    datatree_t *tree = node("edi", nullptr, {node("a b", "1")});
-    std::string text = dump(tree);
-    struct Case {
-        int level;
-        bool writes;
-    } cases[] = {{0, false}, {0x0000000f, false}, {0x10000000, true},
-                 {0x30000000, true}, {static_cast<int>(0xf0000000u), true}};
-    for (const Case &c : cases) {
-        tracelevel = c.level;
-        std::string err = capture_stderr([&] { printdata(tree, 0, stderr, 1); });
-        EXPECT_EQ(err, c.writes ? text : "") << std::hex << c.level;
-    }
-    tracelevel = 0;
-    EXPECT_EQ(dump(tree), text);
-    freedatatree(tree);
-}
-
-TEST(Printdata, ANullTreeWritesNothingOrANullLine)
-{
-    tracelevel = 0;
-    EXPECT_EQ(capture_stderr([] { printdata(nullptr, 0, stderr, 1); }), "");
-    tracelevel = 0x30000000;
-    EXPECT_EQ(capture_stderr([] { printdata(nullptr, 0, stderr, 1); }), "(null)\n");
-    tracelevel = 0;
-}

@@ -149,19 +149,6 @@ TEST(TreeText, EveryEnumerationWordIsWrittenAndRead)
     }
 }
 
-TEST(TreeText, WriterShowsAnEnumerationValueOutsideItsWordsAsANumberThatDoesNotReadBack)
-{
-    datatree_t *tp = node("n");
-    int bad = 9;
-    memcpy(&tp->editype, &bad, sizeof bad);
-    EXPECT_EQ(dump(tp), "n editype=9\n");
-    std::string err = testsupport::capture_stderr([] {
-        EXPECT_EQ(edihost_parsetree("n editype=9\n", 12, "test"), nullptr);
-    });
-    EXPECT_EQ(err, "test:1: bad editype word 9\n");
-    freedatatree(tp);
-}
-
 TEST(TreeText, AMillionSiblingsAreWrittenAndReadBack)
 {
     datatree_t *head = nullptr;

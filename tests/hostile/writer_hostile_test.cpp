@@ -99,21 +99,6 @@ TEST(WriterHostile, EdifactwriteWritesAMillionPlainSiblingsInReasonableTime)
     freedatatree(cf);
 }
 
-TEST(WriterHostile, VdawriteWritesAMillionPlainSiblingsInReasonableTime)
-{
-    datatree_t *cf = testsupport::parse(kVdaConfig);
-    datatree_t *tree = vdadata(kSiblings);
-    const std::string out = testsupport::tempdir() + "/out.vda";
-    testsupport::Written w = callwriter(false, tree, out, cf);
-    const int rc = w.rc;
-    const std::string &err = w.err;
-    EXPECT_EQ(rc, 0);
-    EXPECT_EQ(err, "dnode: $S511\n");
-    EXPECT_EQ(testsupport::readfile(out), k511 + kTrailer);
-    freedatatree(tree);
-    freedatatree(cf);
-}
-
 // ---- where the output cannot go ------------------------------------------
 
 struct Place {

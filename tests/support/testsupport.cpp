@@ -15,7 +15,6 @@
 #include <cstdio>
 #include <filesystem>
 #include <fstream>
-#include <random>
 #include <sstream>
 #include <utility>
 
@@ -200,23 +199,6 @@ ChildRun run_in_child(const std::function<int()> &fn, long fsize_limit)
     return run;
 }
 
-std::string without_line_numbers(const std::string &err)
-{
-    std::string out;
-    size_t pos = 0;
-    while (pos < err.size()) {
-        size_t end = err.find('\n', pos);
-        end = end == std::string::npos ? err.size() : end + 1;
-        std::string line = err.substr(pos, end - pos);
-        size_t digits = line.find_first_not_of("0123456789");
-        if (digits > 0 && digits != std::string::npos && line.compare(digits, 5, ": no ") == 0)
-            line = "N" + line.substr(digits);
-        out += line;
-        pos = end;
-    }
-    return out;
-}
-
 }  // namespace testsupport
 
 namespace testsupport {
@@ -261,24 +243,6 @@ std::string picture(const datatree_t *tp)
     return out;
 }
 
-size_t countnodes(const datatree_t *tp)
-{
-    size_t n = 0;
-    std::vector<const datatree_t *> stack;
-    if (tp != nullptr)
-        stack.push_back(tp);
-    while (!stack.empty()) {
-        const datatree_t *np = stack.back();
-        stack.pop_back();
-        n++;
-        if (np->next != nullptr)
-            stack.push_back(np->next);
-        if (np->child != nullptr)
-            stack.push_back(np->child);
-    }
-    return n;
-}
-
 ::testing::AssertionResult sametree(const datatree_t *a, const datatree_t *b)
 {
     auto shown = [](const char *s) { return s == nullptr ? std::string("NULL") : "[" + std::string(s) + "]"; };
@@ -311,16 +275,6 @@ size_t countnodes(const datatree_t *tp)
         todo.push_back({x->child, y->child});
     }
     return ::testing::AssertionSuccess();
-}
-
-std::string noise(unsigned seed, size_t n)
-{
-    // mt19937 yields the same sequence on every platform and library.
-    std::mt19937 gen(seed);
-    std::string out(n, '\0');
-    for (char &c : out)
-        c = static_cast<char>(gen() & 0xff);
-    return out;
 }
 
 RunResult runprogram(const std::string &program, const std::vector<std::string> &args,

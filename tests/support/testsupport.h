@@ -60,9 +60,6 @@ struct ChildRun {
 // exits (a leak ends it with a report on its stderr).
 ChildRun run_in_child(const std::function<int()> &fn, long fsize_limit = -1);
 
-// stderr with the source line numbers of "%d: no sender" / "%d: no
-// doctype" replaced by "N": they are line numbers of the reader's source.
-std::string without_line_numbers(const std::string &err);
 
 // One call of a reader: what it returned and what it wrote to stderr.  The
 // destructor releases the tree and the envelope.
@@ -98,13 +95,9 @@ Written writevda(datatree_t *tree, datatree_t *cf, std::string out = "", bool ca
 // The chain `tp` on one line: name="data"{children} name ..., data only
 // where it is not NULL; control bytes as \n, \r, \xHH.
 std::string picture(const datatree_t *tp);
-// Number of nodes in the chain `tp` and below it (no recursion).
-size_t countnodes(const datatree_t *tp);
 // Both chains have the same shape, names, strings (NULL apart from "") and
 // numbers; line, file and links are not compared.
 ::testing::AssertionResult sametree(const datatree_t *a, const datatree_t *b);
-// `n` bytes of noise; the same seed gives the same bytes everywhere.
-std::string noise(unsigned seed, size_t n);
 
 // Runs `program` with `args` as a user would; `env` entries (NAME=VALUE)
 // come before those of the test's own environment.  A sanitizer report on

@@ -121,34 +121,6 @@ TEST(Insrecord, EmptyChainTakesATagElementAtOnceAndDropsTheRestOfThePath)
     freedatatree(head);
 }
 
-TEST(Insrecord, MissingPlainElementGetsANodeWithoutNumber)
-{
-    int loops[10] = {3, 0};
-    datatree_t *head = node("vda");
-    datatree_t *rec = node("$S513");
-    EXPECT_EQ(ediprot::insrecord(&head, rec, "vda.grp.*A.x.*D.$S513", loops, 0), 0);
-    // *D is the second loop element: it counts at depth 1.
-    EXPECT_EQ(loops[0], 4);
-    EXPECT_EQ(loops[1], 1);
-    EXPECT_EQ(children(head), "grp");
-    EXPECT_EQ(head->child->loopcnt, 0);
-    EXPECT_EQ(children(head->child), "*A(4)");
-    EXPECT_EQ(children(head->child->child->child), "*D(1)");
-    freedatatree(head);
-}
-
-TEST(Insrecord, PathWithAnotherRootNameEndsUpBesideTheRoot)
-{
-    int loops[10] = {0};
-    datatree_t *head = node("vda");
-    datatree_t *rec = node("$S511");
-    EXPECT_EQ(ediprot::insrecord(&head, rec, "other.$S511", loops, 0), 0);
-    ASSERT_NE(head->next, nullptr);
-    EXPECT_STREQ(head->next->xmltag, "other");
-    EXPECT_EQ(head->next->child, rec);
-    freedatatree(head);
-}
-
 // Each way in which a record finds no place: it is not linked, and the
 // message says why.
 TEST(Insrecord, RecordWithoutAPlaceIsRefusedWithAMessage)
