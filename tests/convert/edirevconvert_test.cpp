@@ -82,22 +82,6 @@ TEST(Edirevconvert, HandlesEmptyAndDegenerateTexts)
         EXPECT_EQ(convert(c.type, c.in), c.out) << c.type << " <" << c.in << ">";
 }
 
-TEST(Edirevconvert, SdateChangesTheCallersTextAndConvertsItAgainAlike)
-{
-    datatree_t ep{};
-    ep.xmltag = const_cast<char *>("2380");
-    ep.editype = et_sdate;
-    char text[] = "000000";
-    EXPECT_STREQ(edirevconvert(&ep, reinterpret_cast<unsigned char *>(text)),
-                 "01.01.2000");
-    EXPECT_STREQ(text, "000101");
-    EXPECT_STREQ(edirevconvert(&ep, reinterpret_cast<unsigned char *>(text)),
-                 "01.01.2000");
-    char blank[] = " 00000";
-    edirevconvert(&ep, reinterpret_cast<unsigned char *>(blank));
-    EXPECT_STREQ(blank, " 00000");
-}
-
 TEST(Edirevconvert, FollowsTheReleaseCharacterInForce)
 {
     escape = '#';

@@ -94,16 +94,6 @@ TEST(Readseg, EndsEveryFileWithTheLastPieceEvenWhenEmpty)
     freedatatree(root);
 }
 
-TEST(Readseg, NulByteEndsTheSplittingButNotTheSegment)
-{
-    std::string bytes("ABC+X\0Y+Z'A\0C+Q'", 16);
-    datatree_t *root = readbytes(bytes);
-    ASSERT_NE(root, nullptr);
-    EXPECT_EQ(picture(root->child),
-              "$ABC001_D{DST=\"X\"} $A002_D{DST=\"Q\"} $003_D{CDE=\"\"}");
-    freedatatree(root);
-}
-
 TEST(Readseg, UsesTheServiceCharactersInForce)
 {
     seg_sep = '!';

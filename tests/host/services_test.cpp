@@ -35,28 +35,6 @@ TEST(Freedatatree, ReleasesAChainAMillionLevelsDeep)
     freedatatree(root);
 }
 
-TEST(Setparents, RelinksEveryNodeAfterTheTreeWasChanged)
-{
-    datatree_t *x = node("x", nullptr, {node("x1")});
-    datatree_t *root = node("r", nullptr, {node("a", nullptr, {x}), node("b")});
-    setparents(root, 0);
-    // Move x from a to below b, and add new nodes.
-    datatree_t *a = root->child;
-    datatree_t *b = a->next;
-    a->child = node("a1");
-    adopt(b, {x, node("b2", nullptr, {node("b21")})});
-    setparents(root, 0);
-    EXPECT_EQ(root->parent, nullptr);
-    for (datatree_t *cp = root->child; cp != nullptr; cp = cp->next)
-        EXPECT_EQ(cp->parent, root);
-    EXPECT_EQ(a->child->parent, a);
-    for (datatree_t *cp = b->child; cp != nullptr; cp = cp->next)
-        EXPECT_EQ(cp->parent, b) << cp->xmltag;
-    EXPECT_EQ(x->child->parent, x);
-    EXPECT_EQ(x->next->child->parent, x->next);
-    freedatatree(root);
-}
-
 TEST(Pathfornode, JoinsTheNamesFromTheRootAsFarAsParentLinksGo)
 {
     datatree_t *root = testsupport::rooted(

@@ -118,37 +118,6 @@ TEST(TreeText, WriterQuotesOnlyWhatWouldNotReadBack)
     }
 }
 
-TEST(TreeText, EveryEnumerationWordIsWrittenAndRead)
-{
-    // The enumerations are int-sized; the table reaches them by offset.
-    struct Row {
-        const char *key;
-        std::vector<const char *> words;
-        size_t offset;
-    } rows[] = {
-        {"editype", {"none", "string", "float", "date", "sdate", "float0", "time"},
-         offsetof(datatree_t, editype)},
-        {"edidata", {"user", "opt"}, offsetof(datatree_t, edidata)},
-        {"ediforce", {"none", "mand", "cond"}, offsetof(datatree_t, ediforce)},
-        {"edialign", {"none", "left", "right"}, offsetof(datatree_t, edialign)},
-        {"type", {"none", "loop", "next", "bnext", "nc", "ncforeign"},
-         offsetof(datatree_t, type)},
-    };
-    for (const Row &r : rows) {
-        for (size_t v = 0; v < r.words.size(); v++) {
-            std::string text = std::string("n ") + r.key + "=" + r.words[v] + "\n";
-            datatree_t *tp = testsupport::parse(text);
-            ASSERT_NE(tp, nullptr);
-            int got;
-            memcpy(&got, reinterpret_cast<char *>(tp) + r.offset, sizeof got);
-            EXPECT_EQ(got, static_cast<int>(v)) << text;
-            // The writer leaves out the value 0 ("none", "user").
-            EXPECT_EQ(dump(tp), v == 0 ? std::string("n\n") : text);
-            freedatatree(tp);
-        }
-    }
-}
-
 TEST(TreeText, AMillionSiblingsAreWrittenAndReadBack)
 {
     datatree_t *head = nullptr;

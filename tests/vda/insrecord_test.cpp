@@ -110,17 +110,6 @@ TEST(Insrecord, TwoRecordsInARowUnderOneLoopKeepOnlyTheFirst)
     freedatatree(cf);
 }
 
-TEST(Insrecord, EmptyChainTakesATagElementAtOnceAndDropsTheRestOfThePath)
-{
-    int loops[10] = {0};
-    datatree_t *head = nullptr;
-    datatree_t *rec = node("$S511");
-    EXPECT_EQ(ediprot::insrecord(&head, rec, "$S511.x.*A", loops, 0), 0);
-    EXPECT_EQ(head, rec);
-    EXPECT_EQ(loops[0], 0);
-    freedatatree(head);
-}
-
 // Each way in which a record finds no place: it is not linked, and the
 // message says why.
 TEST(Insrecord, RecordWithoutAPlaceIsRefusedWithAMessage)
