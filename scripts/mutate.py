@@ -117,7 +117,9 @@ def main():
     ap.add_argument("-j", type=int, default=2)
     ap.add_argument("--only")
     args = ap.parse_args()
-    run(["cmake", "-S", ".", "-B", BUILD, "-DCMAKE_BUILD_TYPE=RelWithDebInfo",
+    # No debug information: a fault relinks every test program, and that is
+    # most of the time a fault takes.
+    run(["cmake", "-S", ".", "-B", BUILD, "-DCMAKE_BUILD_TYPE=Release",
          "-DEDIPROT_BUILD_BENCH=OFF"], check=True)
     caught = missed = broken = 0
     for name, rel, old, new in FAULTS:
@@ -139,9 +141,13 @@ def main():
                 broken += 1
                 continue
             # The first failure decides; a fault that makes a walk endless
-            # fails by the time limit.
-            t = subprocess.run(["ctest", "-j", str(args.j), "--timeout", "20",
-                                "--stop-on-failure"], cwd=BUILD,
+            # fails by the suite's own time limit of a test (a shorter one
+            # would fail the slowest tests of a sound build on a busy
+            # machine and count faults as caught that nothing caught).  The
+            # install check builds a program against the installed files
+            # and cannot see a fault in the module's logic.
+            t = subprocess.run(["ctest", "-j", str(args.j), "--stop-on-failure",
+                                "-E", "^install[.]"], cwd=BUILD,
                                capture_output=True, text=True)
             failed = [l for l in t.stdout.splitlines() if "***" in l or "(Failed)" in l]
             if t.returncode != 0:
