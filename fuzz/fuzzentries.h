@@ -1,7 +1,8 @@
-// One entry per way into the module.  The fuzz targets (fuzzmain.cpp) and
-// the replay test of tests/fuzzreplay run the same code.  Each entry takes
-// arbitrary bytes, frees all it made, leaves no file behind, and stops the
-// process (fuzzsupport::expect) when an entry point breaks its interface.
+// One entry per way into the module, run by the fuzz targets (fuzzmain.cpp)
+// and, once a finding is kept under fuzz/regressions, by its replay test.
+// Each entry takes arbitrary bytes, frees all it made, leaves no file
+// behind, and stops the process (fuzzsupport::expect) when an entry point
+// breaks its interface.
 // The result counts the calls that accepted the input (a tree came back or
 // a file was written), so that a test can tell a good input was taken.
 #ifndef EDIPROT_FUZZENTRIES_H

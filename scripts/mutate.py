@@ -42,8 +42,8 @@ FAULTS = [
     ("searchlooppath-number-ignored", "tree/searchlooppath.cpp",
      "if (isloop && lct != tp->loopcnt)", "if (false && lct != tp->loopcnt)"),
     ("searchlooppath-length-ignored", "tree/searchlooppath.cpp",
-     "if (strlen(tp->xmltag) != n || strncmp(tp->xmltag, path, n) != 0)",
-     "if (strncmp(tp->xmltag, path, n) != 0)"),
+     "if (strlen(tp->xmltag) != n || strncmp(tp->xmltag, path, n) != 0)\n            continue;",
+     "if (strncmp(tp->xmltag, path, n) != 0)\n            continue;"),
     ("insrecord-loop-number-ignored", "vda/insrecord.cpp",
      "if (strcmp(tp->xmltag, current) == 0 && (!inloop || tp->loopcnt == loops[lvl]))",
      "if (strcmp(tp->xmltag, current) == 0)"),
@@ -57,6 +57,54 @@ FAULTS = [
      "if (n <= want)\n        return n;", "if (n <= want)\n        return n + 1;"),
     ("nodeconvert-release-at-cut", "convert/edinodeconvert.cpp",
      "return want - 1;", "return want;"),
+    ("segwriter-trailing-empties-kept", "edifact/segwriter.cpp",
+     "seg.text.resize(static_cast<size_t>(last_data - seg.start));", "(void)last_data;"),
+    ("segwriter-segment-without-user-data", "edifact/segwriter.cpp",
+     "if (was_data != 0) {", "if (true) {"),
+    ("segwriter-unh-count-from-0", "edifact/segwriter.cpp",
+     "sectioncnt = 1;", "sectioncnt = 0;"),
+    ("segwriter-leading-component-separator", "edifact/segwriter.cpp",
+     "if (cldp != tp->child)", "if (cldp != tp->child || cldp->next == nullptr)"),
+    ("editraverse-counter-per-loop-node", "edifact/segwriter.cpp",
+     "if (tp->xmltag[0] == '*') {\n            for (;;) {",
+     "if (tp->xmltag[0] == '*') {\n            i = 0;\n            for (;;) {"),
+    ("edifactwrite-partner-cut-34", "edifact/edifactwrite.cpp",
+     "constexpr size_t kPartnerMax = 35;", "constexpr size_t kPartnerMax = 34;"),
+    ("edifactwrite-test-flag-inverted", "edifact/edifactwrite.cpp",
+     "if (editest != 0)", "if (editest == 0)"),
+    ("edifactwrite-file-kept-on-error", "edifact/edifactwrite.cpp",
+     "    }\n    unlink(outfile);\n    return -1;\n}", "    }\n    return -1;\n}"),
+    ("segreader-component-release-ignored", "edifact/segreader.cpp",
+     "if (cp != nullptr && (cp == tp->data || cp[-1] != escape))", "if (cp != nullptr)"),
+    ("segreader-split-release-ignored", "edifact/segreader.cpp",
+     "if (ocp - 1 > piece && ocp[-2] == escape) {", "if (false) {"),
+    ("emptyloop-childless-loop-dropped", "edifact/emptyloop.cpp",
+     "if (tp->child != nullptr)\n                lrc = prune(&tp->child, trace);",
+     "lrc = tp->child != nullptr ? prune(&tp->child, trace) : 0;"),
+    ("revconvert-sdate-day-zero-only-tens", "convert/edirevconvert.cpp",
+     "if (udata[4] == '0' && udata[5] == '0') {", "if (udata[4] == '0') {"),
+    ("revconvert-float0-last-zero-kept", "convert/edirevconvert.cpp",
+     "while (*ip == '0')\n", "while (*ip == '0' && ip[1] != '\\0')\n"),
+    ("resolvevalue-empty-asks-default", "convert/resolvevalue.cpp",
+     "if (dnode != nullptr && dnode->data != nullptr) {",
+     "if (dnode != nullptr && dnode->data != nullptr && dnode->data[0] != '\\0') {"),
+    ("resolvevalue-mandatory-not-counted", "convert/resolvevalue.cpp",
+     "        errcnt++;\n", "\n"),
+    ("hasdata-empty-not-data", "tree/hasdata.cpp",
+     "if (tree->data != nullptr) {", "if (tree->data != nullptr && tree->data[0] != '\\0') {"),
+    ("copysubtree-parameters-lost", "tree/copysubtree.cpp",
+     "copynodeparms(np, tp, __LINE__);", ""),
+    ("searchpath-case-sensitive", "tree/searchpath.cpp",
+     "strncasecmp(head->xmltag, path, n)", "strncmp(head->xmltag, path, n)"),
+    ("findsatz-prefix-match", "vda/findsatz.cpp",
+     "strcmp(sp->xmltag + 1, satz) == 0", "strncmp(sp->xmltag + 1, satz, 3) == 0"),
+    ("recwriter-empty-field-short", "vda/recwriter.cpp",
+     "const int width = tp->edilen > 0 ? tp->edilen : 0;",
+     "const int width = tp->edilen > 1 ? tp->edilen - 1 : 0;"),
+    ("recwriter-trailer-counter-width", "vda/recwriter.cpp",
+     "i < rp->len; i++)", "i < rp->len - 1; i++)"),
+    ("vdaread-cr-kept", "vda/vdaread.cpp",
+     "if (len > 0 && buf[len - 1] == '\\r')", "if (false)"),
 ]
 
 
@@ -69,7 +117,9 @@ def main():
     ap.add_argument("-j", type=int, default=2)
     ap.add_argument("--only")
     args = ap.parse_args()
-    run(["cmake", "-S", ".", "-B", BUILD, "-DCMAKE_BUILD_TYPE=RelWithDebInfo",
+    # No debug information: a fault relinks every test program, and that is
+    # most of the time a fault takes.
+    run(["cmake", "-S", ".", "-B", BUILD, "-DCMAKE_BUILD_TYPE=Release",
          "-DEDIPROT_BUILD_BENCH=OFF"], check=True)
     caught = missed = broken = 0
     for name, rel, old, new in FAULTS:
@@ -91,9 +141,13 @@ def main():
                 broken += 1
                 continue
             # The first failure decides; a fault that makes a walk endless
-            # fails by the time limit.
-            t = subprocess.run(["ctest", "-j", str(args.j), "--timeout", "20",
-                                "--stop-on-failure"], cwd=BUILD,
+            # fails by the suite's own time limit of a test (a shorter one
+            # would fail the slowest tests of a sound build on a busy
+            # machine and count faults as caught that nothing caught).  The
+            # install check builds a program against the installed files
+            # and cannot see a fault in the module's logic.
+            t = subprocess.run(["ctest", "-j", str(args.j), "--stop-on-failure",
+                                "-E", "^install[.]"], cwd=BUILD,
                                capture_output=True, text=True)
             failed = [l for l in t.stdout.splitlines() if "***" in l or "(Failed)" in l]
             if t.returncode != 0:

@@ -9,12 +9,17 @@
 
 #include <gtest/gtest.h>
 
-#include "runprogram.h"
 #include "testsupport.h"
 
 using namespace testsupport;
 
 namespace {
+
+testsupport::RunResult runedi(const std::vector<std::string> &args,
+                              const std::vector<std::string> &env = {})
+{
+    return testsupport::runprogram(EDI_PROGRAM, args, env);
+}
 
 const std::string kConfig = EDIPROT_CONFIGS "/orders-d96a-in.tree";
 
@@ -34,7 +39,7 @@ TEST(EdiBatch, ReadsAFolderInProcessesAndSummarisesTheFailures)
 {
     std::string in = batchfolder();
     std::string par = tempdir(), seq = tempdir();
-    RunResult r = runedi({"read", in, "-j", "2", "--config", kConfig, "-o", par});
+    testsupport::RunResult r = runedi({"read", in, "-j", "2", "--config", kConfig, "-o", par});
     EXPECT_EQ(r.status, 1);
     EXPECT_EQ(r.out, "");
     // The failed input's own lines come first, then the summary.

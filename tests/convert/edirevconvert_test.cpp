@@ -82,53 +82,12 @@ TEST(Edirevconvert, HandlesEmptyAndDegenerateTexts)
         EXPECT_EQ(convert(c.type, c.in), c.out) << c.type << " <" << c.in << ">";
 }
 
-TEST(Edirevconvert, NullValueGivesEmptyTextWithoutTrace)
-{
-    tracelevel = static_cast<int>(0xF0000000u);
-    datatree_t ep{};
-    ep.xmltag = const_cast<char *>("X");
-    ep.editype = et_sdate;
-    std::string err = testsupport::capture_stderr([&] {
-        EXPECT_STREQ(edirevconvert(&ep, nullptr), "");
-    });
-    EXPECT_EQ(err, "");
-    tracelevel = 0;
-}
-
-TEST(Edirevconvert, SdateChangesTheCallersTextAndConvertsItAgainAlike)
-{
-    datatree_t ep{};
-    ep.xmltag = const_cast<char *>("2380");
-    ep.editype = et_sdate;
-    char text[] = "000000";
-    EXPECT_STREQ(edirevconvert(&ep, reinterpret_cast<unsigned char *>(text)),
-                 "01.01.2000");
-    EXPECT_STREQ(text, "000101");
-    EXPECT_STREQ(edirevconvert(&ep, reinterpret_cast<unsigned char *>(text)),
-                 "01.01.2000");
-    char blank[] = " 00000";
-    edirevconvert(&ep, reinterpret_cast<unsigned char *>(blank));
-    EXPECT_STREQ(blank, " 00000");
-}
-
 TEST(Edirevconvert, FollowsTheReleaseCharacterInForce)
 {
     escape = '#';
     EXPECT_EQ(convert(et_string, "A#+B?C##"), "A+B?C#");
     EXPECT_EQ(convert(et_string, "AB#"), "AB");
     escape = '?';
-}
-
-TEST(Edirevconvert, EachCallClearsTheResultOfTheLast)
-{
-    datatree_t ep{};
-    ep.xmltag = const_cast<char *>("X");
-    char first[] = "ABCDEFGH";
-    char second[] = "XY";
-    char *r1 = edirevconvert(&ep, reinterpret_cast<unsigned char *>(first));
-    char *r2 = edirevconvert(&ep, reinterpret_cast<unsigned char *>(second));
-    EXPECT_EQ(r1, r2);
-    EXPECT_EQ(memcmp(r2, "XY\0\0\0\0\0\0\0", 9), 0);
 }
 
 TEST(Edirevconvert, CutsValueLongerThanItsBuffer)
@@ -139,23 +98,6 @@ TEST(Edirevconvert, CutsValueLongerThanItsBuffer)
     std::string zeros(ediprot::kTextMax + 100, '0');
     zeros += "7";
     EXPECT_EQ(convert(et_float0, zeros), "7");
-}
-
-TEST(Edirevconvert, WritesItsTraceLinesAtTheirLevels)
-{
-    datatree_t ep{};
-    ep.xmltag = const_cast<char *>("2380");
-    ep.editype = et_sdate;
-    char text[] = "071123";
-    tracelevel = 0x20000000;  // level 1 points only
-    std::string err = testsupport::capture_stderr([&] {
-        edirevconvert(&ep, reinterpret_cast<unsigned char *>(text));
-    });
-    tracelevel = 0;
-    EXPECT_NE(err.find("): edirevconvert: et_sdate <071123>\n"), std::string::npos);
-    EXPECT_NE(err.find("): edirevconvert: et_sdate after <23.11.2007>\n"),
-              std::string::npos);
-    EXPECT_EQ(err.find("edirevconvert in"), std::string::npos);
 }
 
 }  // namespace

@@ -14,16 +14,6 @@ using ediprot::resolvevalue;
 
 namespace {
 
-// Gives every node of the tree a greatest length, so that values pass the
-// output conversion.
-void widen(datatree_t *tp)
-{
-    for (; tp != nullptr; tp = tp->next) {
-        tp->edimaxlen = 35;
-        widen(tp->child);
-    }
-}
-
 // One element edi.$BGM.1004 in a configuration, and a data tree in which
 // the same path holds `data` (or no node at all for a NULL tree).
 struct Rule {
@@ -90,15 +80,6 @@ TEST(Resolvevalue, TakesDataThenDefaultFunctionThenDefaultText)
     }
 }
 
-TEST(Resolvevalue, LeavesTheCounterAloneWhenTheDataTreeHoldsTheValue)
-{
-    ediprot::sectioncnt = 5;
-    Rule r("seccnt", nullptr, ef_none);
-    r.hold("9");
-    EXPECT_EQ(r.value(), "9");
-    EXPECT_EQ(ediprot::sectioncnt, 5);
-}
-
 TEST(Resolvevalue, ReportsAMissingMandatoryElementAndGoesOn)
 {
     const struct {
@@ -123,26 +104,6 @@ TEST(Resolvevalue, ReportsAMissingMandatoryElementAndGoesOn)
     }
 }
 
-TEST(Resolvevalue, NeverReportsConditionalOrFreeElements)
-{
-    for (ediforce_t force : {ef_none, ef_cond}) {
-        ediprot::errcnt = 0;
-        Rule r(nullptr, nullptr, force);
-        std::string err = capture_stderr([&] { EXPECT_EQ(r.value(), "NULL"); });
-        EXPECT_EQ(err, "");
-        EXPECT_EQ(ediprot::errcnt, 0);
-    }
-}
-
-TEST(Resolvevalue, UnknownFunctionNameCountsAsMissing)
-{
-    ediprot::errcnt = 0;
-    Rule r("nosuch", "X", ef_mand);
-    std::string err = capture_stderr([&] { EXPECT_EQ(r.value(), ""); });
-    EXPECT_NE(err.find("mandatory element <edi.$BGM.1004> missing"), std::string::npos);
-    EXPECT_EQ(ediprot::errcnt, 1);
-}
-
 TEST(Resolvevalue, FindsTheValueOfTheLoopInstanceAtHand)
 {
     datatree_t *cf = rooted(node("edi", nullptr, {
@@ -156,56 +117,6 @@ TEST(Resolvevalue, FindsTheValueOfTheLoopInstanceAtHand)
     EXPECT_EQ(resolvevalue(el, data, "3"), nullptr);
     freedatatree(cf);
     freedatatree(data);
-}
-
-// sectioncnt over a message of $UNH, one other tag node and $UNT whose
-// first element asks seccnt: every tag node entered counts.
-TEST(Sectioncnt, CountsEveryTagNodeEnteredFromUnh)
-{
-    datatree_t *cf = rooted(node("edi", nullptr, {
-        node("$UNH", nullptr, {node("0062", nullptr)}),
-        node("$BGM", nullptr, {node("1004", nullptr)}),
-        node("$UNT", nullptr, {node("0074", nullptr)}),
-    }));
-    widen(cf);
-    cf->child->child->defval = strdup("1");
-    cf->child->next->child->defval = strdup("X");
-    cf->child->next->next->child->deffunc = strdup("seccnt");
-    ediprot::sectioncnt = 40;
-    FILE *fp = tmpfile();
-    const int expected[] = {1, 2, 3};
-    int k = 0;
-    for (datatree_t *tag = cf->child; tag != nullptr; tag = tag->next) {
-        if (tag->next == nullptr) {
-            // The counter is raised on entering $UNT, then once more by seccnt.
-            ediprot::writeeditag(fp, nullptr, tag, "");
-            EXPECT_EQ(ediprot::sectioncnt, 4);
-            break;
-        }
-        ediprot::writeeditag(fp, nullptr, tag, "");
-        EXPECT_EQ(ediprot::sectioncnt, expected[k++]) << tag->xmltag;
-    }
-    char text[64] = {0};
-    rewind(fp);
-    size_t n = fread(text, 1, sizeof text - 1, fp);
-    fclose(fp);
-    EXPECT_EQ(std::string(text, n), "UNH+1'BGM+X'UNT+4'");
-    freedatatree(cf);
-}
-
-TEST(Sectioncnt, CountsATagNodeWhoseSegmentIsTakenBack)
-{
-    datatree_t *cf = rooted(node("edi", nullptr, {
-        node("$unh001"), node("$FTX", nullptr, {node("4451")}), node("$UNT"),
-    }));
-    ediprot::sectioncnt = 0;
-    FILE *fp = tmpfile();
-    for (datatree_t *tag = cf->child; tag != nullptr; tag = tag->next)
-        ediprot::writeeditag(fp, nullptr, tag, "");
-    EXPECT_EQ(ediprot::sectioncnt, 3);
-    EXPECT_EQ(ftell(fp), 0L);
-    fclose(fp);
-    freedatatree(cf);
 }
 
 TEST(Defaultfuncs, CountFromOneAfterAReset)

@@ -43,16 +43,15 @@ std::string shellQuoted(const std::string& s) {
   return q + "'";
 }
 
-// The command line with its variables expanded and `edi` naming the built
-// program, at the start and behind `&&` (a round trip is two commands).
+// The command line with its variables expanded; `edi` is the built program
+// wherever the line names it (its folder comes first in PATH).
 std::string expandCommand(std::string cmd) {
   while (!cmd.empty() && (cmd.back() == '\n' || cmd.back() == '\r')) cmd.pop_back();
   replaceAll(cmd, "${CONFIGS}", EDIPROT_CONFIGS);
   replaceAll(cmd, "${CORPUS}", EDIPROT_CORPUS);
   replaceAll(cmd, "${SAMPLES}", EDIPROT_SAMPLES);
-  if (cmd.rfind("edi ", 0) == 0) cmd = shellQuoted(EDI_PROGRAM) + cmd.substr(3);
-  replaceAll(cmd, "&& edi ", "&& " + shellQuoted(EDI_PROGRAM) + " ");
-  return cmd;
+  const std::string bindir = fs::path(EDI_PROGRAM).parent_path().string();
+  return "export PATH=" + shellQuoted(bindir) + ":\"$PATH\"; " + cmd;
 }
 
 // `env` holds VAR=value lines; they are exported to every command of the

@@ -72,16 +72,6 @@ TEST_F(Servconf, KeysCompareExactly)
     EXPECT_EQ(getservconf(key("ORDERS_SENDER1")), nullptr);
 }
 
-TEST_F(Servconf, AFileNameWithoutFolderKeepsPathsAsWritten)
-{
-    std::string dir = testsupport::tempdir();
-    writefile(dir + "/serv.txt", "K fromconffile=a.cfg\n");
-    ASSERT_EQ(chdir(dir.c_str()), 0);
-    ASSERT_EQ(edihost_loadservconf("serv.txt"), 0);
-    ASSERT_NE(getservconf(key("K")), nullptr);
-    EXPECT_STREQ(getservconf(key("K"))->fromconffile, "a.cfg");
-}
-
 TEST_F(Servconf, AMalformedFileGivesItsLineAndLeavesTheListUnchanged)
 {
     std::string dir = testsupport::tempdir();

@@ -35,28 +35,6 @@ TEST(Freedatatree, ReleasesAChainAMillionLevelsDeep)
     freedatatree(root);
 }
 
-TEST(Setparents, RelinksEveryNodeAfterTheTreeWasChanged)
-{
-    datatree_t *x = node("x", nullptr, {node("x1")});
-    datatree_t *root = node("r", nullptr, {node("a", nullptr, {x}), node("b")});
-    setparents(root, 0);
-    // Move x from a to below b, and add new nodes.
-    datatree_t *a = root->child;
-    datatree_t *b = a->next;
-    a->child = node("a1");
-    adopt(b, {x, node("b2", nullptr, {node("b21")})});
-    setparents(root, 0);
-    EXPECT_EQ(root->parent, nullptr);
-    for (datatree_t *cp = root->child; cp != nullptr; cp = cp->next)
-        EXPECT_EQ(cp->parent, root);
-    EXPECT_EQ(a->child->parent, a);
-    for (datatree_t *cp = b->child; cp != nullptr; cp = cp->next)
-        EXPECT_EQ(cp->parent, b) << cp->xmltag;
-    EXPECT_EQ(x->child->parent, x);
-    EXPECT_EQ(x->next->child->parent, x->next);
-    freedatatree(root);
-}
-
 TEST(Pathfornode, JoinsTheNamesFromTheRootAsFarAsParentLinksGo)
 {
     datatree_t *root = testsupport::rooted(
@@ -108,30 +86,3 @@ TEST(Copynodeparms, CopiesTheParametersButNeitherValueNorLinks)
     freedatatree(dst);
 }
 
-TEST(Printdata, WritesTheTreeOnlyWhileTheTopBitsOfTracelevelAreSet)
-{
-    datatree_t *tree = node("edi", nullptr, {node("a b", "1")});
-    std::string text = dump(tree);
-    struct Case {
-        int level;
-        bool writes;
-    } cases[] = {{0, false}, {0x0000000f, false}, {0x10000000, true},
-                 {0x30000000, true}, {static_cast<int>(0xf0000000u), true}};
-    for (const Case &c : cases) {
-        tracelevel = c.level;
-        std::string err = capture_stderr([&] { printdata(tree, 0, stderr, 1); });
-        EXPECT_EQ(err, c.writes ? text : "") << std::hex << c.level;
-    }
-    tracelevel = 0;
-    EXPECT_EQ(dump(tree), text);
-    freedatatree(tree);
-}
-
-TEST(Printdata, ANullTreeWritesNothingOrANullLine)
-{
-    tracelevel = 0;
-    EXPECT_EQ(capture_stderr([] { printdata(nullptr, 0, stderr, 1); }), "");
-    tracelevel = 0x30000000;
-    EXPECT_EQ(capture_stderr([] { printdata(nullptr, 0, stderr, 1); }), "(null)\n");
-    tracelevel = 0;
-}

@@ -11,52 +11,6 @@
 
 using testsupport::capture_stderr;
 
-TEST(TreeParser, SetsLineFileAndParentOfEveryNode)
-{
-    std::string text =
-        "# header\n"
-        "edi\n"
-        "  ORDERS\r\n"
-        "\n"
-        "    $UNH iseditag=1 ediforce=mand\n"
-        "      0062 edimaxlen=14\n"
-        "   # a comment at any indentation\n"
-        "    *PARTY\n"
-        "\t\n"
-        "trailer data=\"x\"";
-    datatree_t *root = testsupport::parse(text);
-    ASSERT_NE(root, nullptr);
-    datatree_t *orders = root->child;
-    datatree_t *unh = orders->child;
-    datatree_t *e0062 = unh->child;
-    datatree_t *party = unh->next;
-    datatree_t *trailer = root->next;
-    struct Expect {
-        datatree_t *tp;
-        const char *name;
-        int line;
-        datatree_t *parent;
-    } rows[] = {
-        {root, "edi", 2, nullptr},     {orders, "ORDERS", 3, root}, {unh, "$UNH", 5, orders},
-        {e0062, "0062", 6, unh},       {party, "*PARTY", 8, orders}, {trailer, "trailer", 10, nullptr},
-    };
-    for (const Expect &e : rows) {
-        ASSERT_NE(e.tp, nullptr) << e.name;
-        EXPECT_STREQ(e.tp->xmltag, e.name);
-        EXPECT_EQ(e.tp->line, e.line) << e.name;
-        EXPECT_STREQ(e.tp->file, "test") << e.name;
-        EXPECT_EQ(e.tp->parent, e.parent) << e.name;
-    }
-    EXPECT_EQ(e0062->edimaxlen, 14);
-    EXPECT_EQ(unh->ediforce, ef_mand);
-    EXPECT_EQ(party->child, nullptr);
-    EXPECT_EQ(party->next, nullptr);
-    EXPECT_EQ(trailer->next, nullptr);
-    EXPECT_STREQ(trailer->data, "x");
-    EXPECT_EQ(root->file, orders->file) << "one shared file name";
-    freedatatree(root);
-}
-
 TEST(TreeParser, AcceptsAnyConsistentIndentationAndBacksUpSeveralLevels)
 {
     datatree_t *root = testsupport::parse("a\n   b\n       c\n          d\n   e\nf\n");
@@ -169,14 +123,3 @@ TEST(TreeParser, ReadtreeNamesTheFileInEveryNodeAndEveryMessage)
     }
 }
 
-TEST(TreeParser, ReadsTheBundledOrdersConfiguration)
-{
-    datatree_t *tree = edihost_readtree(EDIPROT_TESTDATA "/host/conf/orders.cfg");
-    ASSERT_NE(tree, nullptr);
-    EXPECT_STREQ(tree->xmltag, "edi");
-    setparents(tree, 0);
-    EXPECT_STREQ(pathfornode(tree->child->child->child->next->child->next, 0),
-                 "edi.ORDERS.$UNH.S009.0052");
-    EXPECT_STREQ(tree->child->child->child->next->child->next->defval, "D");
-    freedatatree(tree);
-}

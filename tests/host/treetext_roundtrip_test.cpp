@@ -11,12 +11,11 @@
 
 #include "edihost.h"
 #include "testsupport.h"
-#include "treecompare.h"
 
 using testsupport::adopt;
 using testsupport::dump;
 using testsupport::node;
-using treecompare::sametree;
+using testsupport::sametree;
 
 namespace {
 
@@ -117,50 +116,6 @@ TEST(TreeText, WriterQuotesOnlyWhatWouldNotReadBack)
         roundtrip(tp);
         freedatatree(tp);
     }
-}
-
-TEST(TreeText, EveryEnumerationWordIsWrittenAndRead)
-{
-    // The enumerations are int-sized; the table reaches them by offset.
-    struct Row {
-        const char *key;
-        std::vector<const char *> words;
-        size_t offset;
-    } rows[] = {
-        {"editype", {"none", "string", "float", "date", "sdate", "float0", "time"},
-         offsetof(datatree_t, editype)},
-        {"edidata", {"user", "opt"}, offsetof(datatree_t, edidata)},
-        {"ediforce", {"none", "mand", "cond"}, offsetof(datatree_t, ediforce)},
-        {"edialign", {"none", "left", "right"}, offsetof(datatree_t, edialign)},
-        {"type", {"none", "loop", "next", "bnext", "nc", "ncforeign"},
-         offsetof(datatree_t, type)},
-    };
-    for (const Row &r : rows) {
-        for (size_t v = 0; v < r.words.size(); v++) {
-            std::string text = std::string("n ") + r.key + "=" + r.words[v] + "\n";
-            datatree_t *tp = testsupport::parse(text);
-            ASSERT_NE(tp, nullptr);
-            int got;
-            memcpy(&got, reinterpret_cast<char *>(tp) + r.offset, sizeof got);
-            EXPECT_EQ(got, static_cast<int>(v)) << text;
-            // The writer leaves out the value 0 ("none", "user").
-            EXPECT_EQ(dump(tp), v == 0 ? std::string("n\n") : text);
-            freedatatree(tp);
-        }
-    }
-}
-
-TEST(TreeText, WriterShowsAnEnumerationValueOutsideItsWordsAsANumberThatDoesNotReadBack)
-{
-    datatree_t *tp = node("n");
-    int bad = 9;
-    memcpy(&tp->editype, &bad, sizeof bad);
-    EXPECT_EQ(dump(tp), "n editype=9\n");
-    std::string err = testsupport::capture_stderr([] {
-        EXPECT_EQ(edihost_parsetree("n editype=9\n", 12, "test"), nullptr);
-    });
-    EXPECT_EQ(err, "test:1: bad editype word 9\n");
-    freedatatree(tp);
 }
 
 TEST(TreeText, AMillionSiblingsAreWrittenAndReadBack)

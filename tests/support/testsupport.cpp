@@ -9,16 +9,22 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
+#include <fcntl.h>
+#include <spawn.h>
+
 #include <cstdio>
 #include <filesystem>
 #include <fstream>
 #include <sstream>
+#include <utility>
 
 #include "edihost.h"
 
 #if defined(__SANITIZE_ADDRESS__)
 #include <sanitizer/lsan_interface.h>
 #endif
+
+extern char **environ;
 
 namespace testsupport {
 
@@ -193,21 +199,129 @@ ChildRun run_in_child(const std::function<int()> &fn, long fsize_limit)
     return run;
 }
 
-std::string without_line_numbers(const std::string &err)
+}  // namespace testsupport
+
+namespace testsupport {
+
+namespace {
+
+std::string quoted(const char *s)
+{
+    std::string out = "\"";
+    for (const char *cp = s; *cp != '\0'; cp++) {
+        unsigned char c = static_cast<unsigned char>(*cp);
+        if (c == '\n') {
+            out += "\\n";
+        } else if (c == '\r') {
+            out += "\\r";
+        } else if (c < 0x20 || c >= 0x7f) {
+            char hex[8];
+            snprintf(hex, sizeof hex, "\\x%02x", c);
+            out += hex;
+        } else {
+            out += static_cast<char>(c);
+        }
+    }
+    return out + "\"";
+}
+
+}  // namespace
+
+std::string picture(const datatree_t *tp)
 {
     std::string out;
-    size_t pos = 0;
-    while (pos < err.size()) {
-        size_t end = err.find('\n', pos);
-        end = end == std::string::npos ? err.size() : end + 1;
-        std::string line = err.substr(pos, end - pos);
-        size_t digits = line.find_first_not_of("0123456789");
-        if (digits > 0 && digits != std::string::npos && line.compare(digits, 5, ": no ") == 0)
-            line = "N" + line.substr(digits);
-        out += line;
-        pos = end;
+    for (; tp != nullptr; tp = tp->next) {
+        if (!out.empty())
+            out += " ";
+        std::string name = quoted(tp->xmltag);
+        out += name.substr(1, name.size() - 2);
+        if (tp->data != nullptr)
+            out += "=" + quoted(tp->data);
+        if (tp->child != nullptr)
+            out += "{" + picture(tp->child) + "}";
     }
     return out;
+}
+
+::testing::AssertionResult sametree(const datatree_t *a, const datatree_t *b)
+{
+    auto shown = [](const char *s) { return s == nullptr ? std::string("NULL") : "[" + std::string(s) + "]"; };
+    std::vector<std::pair<const datatree_t *, const datatree_t *>> todo{{a, b}};
+    size_t count = 0;
+    while (!todo.empty()) {
+        auto [x, y] = todo.back();
+        todo.pop_back();
+        if ((x == nullptr) != (y == nullptr))
+            return ::testing::AssertionFailure() << "shape differs after " << count << " nodes";
+        if (x == nullptr)
+            continue;
+        count++;
+        const char *xs[] = {x->xmltag, x->data, x->defval, x->deffunc};
+        const char *ys[] = {y->xmltag, y->data, y->defval, y->deffunc};
+        for (int i = 0; i < 4; i++)
+            if ((xs[i] == nullptr) != (ys[i] == nullptr) ||
+                (xs[i] != nullptr && strcmp(xs[i], ys[i]) != 0))
+                return ::testing::AssertionFailure() << "text field " << i << " of node " << count
+                                                     << ": " << shown(xs[i]) << " vs " << shown(ys[i]);
+        const int xn[] = {x->loopcnt, x->iseditag, x->type, x->edidata, x->edilen,
+                          x->edimaxlen, x->editype, x->ediforce, x->edialign, x->valid};
+        const int yn[] = {y->loopcnt, y->iseditag, y->type, y->edidata, y->edilen,
+                          y->edimaxlen, y->editype, y->ediforce, y->edialign, y->valid};
+        for (int i = 0; i < 10; i++)
+            if (xn[i] != yn[i])
+                return ::testing::AssertionFailure() << "number field " << i << " of node "
+                                                     << count << ": " << xn[i] << " vs " << yn[i];
+        todo.push_back({x->next, y->next});
+        todo.push_back({x->child, y->child});
+    }
+    return ::testing::AssertionSuccess();
+}
+
+RunResult runprogram(const std::string &program, const std::vector<std::string> &args,
+                     const std::vector<std::string> &env)
+{
+    std::string dir = tempdir();
+    std::string outpath = dir + "/stdout", errpath = dir + "/stderr";
+    posix_spawn_file_actions_t fa;
+    posix_spawn_file_actions_init(&fa);
+    posix_spawn_file_actions_addopen(&fa, 0, "/dev/null", O_RDONLY, 0);
+    posix_spawn_file_actions_addopen(&fa, 1, outpath.c_str(), O_WRONLY | O_CREAT | O_TRUNC, 0600);
+    posix_spawn_file_actions_addopen(&fa, 2, errpath.c_str(), O_WRONLY | O_CREAT | O_TRUNC, 0600);
+    std::vector<std::string> argcopies{program};
+    argcopies.insert(argcopies.end(), args.begin(), args.end());
+    std::vector<char *> argv;
+    for (std::string &a : argcopies)
+        argv.push_back(a.data());
+    argv.push_back(nullptr);
+    std::vector<std::string> envcopies = env;
+    std::vector<char *> envp;
+    for (std::string &e : envcopies)
+        envp.push_back(e.data());
+    for (char **e = environ; *e != nullptr; e++)
+        envp.push_back(*e);
+    envp.push_back(nullptr);
+    pid_t pid = 0;
+    RunResult r;
+    int rc = posix_spawn(&pid, program.c_str(), &fa, nullptr, argv.data(), envp.data());
+    posix_spawn_file_actions_destroy(&fa);
+    if (rc != 0) {
+        ADD_FAILURE() << "cannot start " << program;
+        return r;
+    }
+    int ws = 0;
+    waitpid(pid, &ws, 0);
+    if (WIFEXITED(ws))
+        r.status = WEXITSTATUS(ws);
+    else if (WIFSIGNALED(ws))
+        r.signal = WTERMSIG(ws);
+    r.out = readfile(outpath);
+    r.err = readfile(errpath);
+    // In the sanitizer build the program is instrumented too: a report of
+    // its own fails the test whatever the exit status.
+    for (const char *report : {"ERROR: AddressSanitizer", "ERROR: LeakSanitizer", "runtime error:"})
+        if (r.err.find(report) != std::string::npos)
+            ADD_FAILURE() << program << " reported a fault:\n" << r.err;
+    return r;
 }
 
 }  // namespace testsupport

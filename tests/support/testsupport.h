@@ -1,11 +1,15 @@
-// Helpers shared by the test programs: building trees in code, files in a
-// private temporary folder, and capturing stderr.
+// Helpers shared by the test programs: trees built in code, files in a
+// private temporary folder, stderr captured, child processes, and the one
+// wrapper around the module's readers and writers.
 #ifndef EDIPROT_TESTSUPPORT_H
 #define EDIPROT_TESTSUPPORT_H
 
 #include <functional>
 #include <initializer_list>
 #include <string>
+#include <vector>
+
+#include <gtest/gtest.h>
 
 #include "ediprot.h"
 
@@ -56,9 +60,55 @@ struct ChildRun {
 // exits (a leak ends it with a report on its stderr).
 ChildRun run_in_child(const std::function<int()> &fn, long fsize_limit = -1);
 
-// stderr with the source line numbers of "%d: no sender" / "%d: no
-// doctype" replaced by "N": they are line numbers of the reader's source.
-std::string without_line_numbers(const std::string &err);
+
+// One call of a reader: what it returned and what it wrote to stderr.  The
+// destructor releases the tree and the envelope.
+struct Read {
+    datatree_t *tree = nullptr;
+    envelope_t *ev = nullptr;
+    std::string err;
+    Read() = default;
+    Read(const Read &) = delete;
+    Read &operator=(const Read &) = delete;
+    ~Read();
+    // data of the node at `path` under the loop numbers `loop`, or "(none)".
+    std::string at(const char *path, const char *loop) const;
+};
+// edifactread / vdaread of the file `fn` with the configuration `cf`
+// (NULL: the service configuration decides).
+void readedifact(Read &r, const std::string &fn, datatree_t *cf);
+void readvda(Read &r, const std::string &fn, datatree_t *cf);
+
+// One call of a writer into `out` (by default a fresh temporary file): its
+// result, stderr and the file's bytes ("" when it left none).  Without
+// `capture` stderr is left alone (a child process on a full disk could not
+// keep it in a file).
+struct Written {
+    int rc = 0;
+    std::string err;
+    std::string text;
+};
+// edifactwrite with sender SENDER and recipient RECIP; vdawrite.
+Written writeedifact(datatree_t *tree, datatree_t *cf, std::string out = "", bool capture = true);
+Written writevda(datatree_t *tree, datatree_t *cf, std::string out = "", bool capture = true);
+
+// The chain `tp` on one line: name="data"{children} name ..., data only
+// where it is not NULL; control bytes as \n, \r, \xHH.
+std::string picture(const datatree_t *tp);
+// Both chains have the same shape, names, strings (NULL apart from "") and
+// numbers; line, file and links are not compared.
+::testing::AssertionResult sametree(const datatree_t *a, const datatree_t *b);
+
+// Runs `program` with `args` as a user would; `env` entries (NAME=VALUE)
+// come before those of the test's own environment.  A sanitizer report on
+// its stderr fails the test.
+struct RunResult {
+    int status = -1;  // exit status, or -1 when a signal ended it
+    int signal = 0;
+    std::string out, err;
+};
+RunResult runprogram(const std::string &program, const std::vector<std::string> &args,
+                     const std::vector<std::string> &env = {});
 
 }  // namespace testsupport
 

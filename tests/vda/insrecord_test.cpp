@@ -2,12 +2,28 @@
 // names; loop nodes are created and numbered from one counter per depth.
 #include <gtest/gtest.h>
 
-#include "vdatest.h"
+#include <string>
+#include <vector>
+
+#include "internal.h"
+#include "testsupport.h"
 
 using namespace testsupport;
-using namespace vdatest;
 
 namespace {
+
+// Names (and loop numbers of loop nodes, as "*A(3)") of the children of tp.
+std::string children(const datatree_t *tp)
+{
+    std::string out;
+    for (const datatree_t *cp = tp->child; cp != nullptr; cp = cp->next) {
+        out += out.empty() ? "" : " ";
+        out += cp->xmltag;
+        if (cp->xmltag[0] == '*')
+            out += "(" + std::to_string(cp->loopcnt) + ")";
+    }
+    return out;
+}
 
 struct Step {
     const char *type;  // record type of the line
@@ -94,45 +110,6 @@ TEST(Insrecord, TwoRecordsInARowUnderOneLoopKeepOnlyTheFirst)
     freedatatree(cf);
 }
 
-TEST(Insrecord, EmptyChainTakesATagElementAtOnceAndDropsTheRestOfThePath)
-{
-    int loops[10] = {0};
-    datatree_t *head = nullptr;
-    datatree_t *rec = node("$S511");
-    EXPECT_EQ(ediprot::insrecord(&head, rec, "$S511.x.*A", loops, 0), 0);
-    EXPECT_EQ(head, rec);
-    EXPECT_EQ(loops[0], 0);
-    freedatatree(head);
-}
-
-TEST(Insrecord, MissingPlainElementGetsANodeWithoutNumber)
-{
-    int loops[10] = {3, 0};
-    datatree_t *head = node("vda");
-    datatree_t *rec = node("$S513");
-    EXPECT_EQ(ediprot::insrecord(&head, rec, "vda.grp.*A.x.*D.$S513", loops, 0), 0);
-    // *D is the second loop element: it counts at depth 1.
-    EXPECT_EQ(loops[0], 4);
-    EXPECT_EQ(loops[1], 1);
-    EXPECT_EQ(children(head), "grp");
-    EXPECT_EQ(head->child->loopcnt, 0);
-    EXPECT_EQ(children(head->child), "*A(4)");
-    EXPECT_EQ(children(head->child->child->child), "*D(1)");
-    freedatatree(head);
-}
-
-TEST(Insrecord, PathWithAnotherRootNameEndsUpBesideTheRoot)
-{
-    int loops[10] = {0};
-    datatree_t *head = node("vda");
-    datatree_t *rec = node("$S511");
-    EXPECT_EQ(ediprot::insrecord(&head, rec, "other.$S511", loops, 0), 0);
-    ASSERT_NE(head->next, nullptr);
-    EXPECT_STREQ(head->next->xmltag, "other");
-    EXPECT_EQ(head->next->child, rec);
-    freedatatree(head);
-}
-
 // Each way in which a record finds no place: it is not linked, and the
 // message says why.
 TEST(Insrecord, RecordWithoutAPlaceIsRefusedWithAMessage)
@@ -183,27 +160,6 @@ TEST(Insrecord, ElementOf63CharactersAndTenLoopsFit)
     datatree_t *rec = node("$S512");
     EXPECT_EQ(ediprot::insrecord(&head, rec, path.c_str(), loops, 0), 0);
     EXPECT_EQ(loops[9], 1);
-    freedatatree(head);
-}
-
-TEST(Printloops, WritesTheFirstFiveCounters)
-{
-    int loops[10] = {1, 2, 3, 4, 5, 6, 7, 8, 9, 10};
-    EXPECT_EQ(capture_stderr([&] { printloops(loops); }), "LOOPS: 1 2 3 4 5 \n");
-}
-
-TEST(Insrecord, TracesItsStepsAtLevelTwo)
-{
-    TraceLevel tl(0x30000000u);
-    int loops[10] = {0};
-    datatree_t *head = node("vda");
-    datatree_t *rec = node("$S512");
-    std::string err = capture_stderr(
-        [&] { ediprot::insrecord(&head, rec, "vda.*A.$S512", loops, 0); });
-    for (const char *want : {"remain <*A.$S512>, current <vda>, lvl 0\n", "new loop-tag: *A\n",
-                             "set loopcount 1 at level 0\n", "no run\n",
-                             "add record <$S512> as child of <$S512>\n"})
-        EXPECT_NE(err.find(want), std::string::npos) << want << "\n" << err;
     freedatatree(head);
 }
 

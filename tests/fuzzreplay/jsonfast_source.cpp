@@ -1,2 +1,0 @@
-// The fast reader that the JSON import tries first.
-#include "../../src/edi/jsonfast.cpp"
