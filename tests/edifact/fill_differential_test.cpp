@@ -212,18 +212,6 @@ struct Generator {
     }
 };
 
-std::string dump(const datatree_t *tree)
-{
-    char *buf = nullptr;
-    size_t len = 0;
-    FILE *fp = open_memstream(&buf, &len);
-    edihost_writetree(fp, tree);
-    fclose(fp);
-    std::string out(buf, len);
-    free(buf);
-    return out;
-}
-
 TEST(FillDifferential, EdifactreadGivesTheLiteralTreeOnGeneratedCases)
 {
     const unsigned cases = getenv("EDIPROT_FILL_CASES") ? atoi(getenv("EDIPROT_FILL_CASES")) : 2000;
@@ -231,8 +219,8 @@ TEST(FillDifferential, EdifactreadGivesTheLiteralTreeOnGeneratedCases)
     for (unsigned seed = first; seed < first + cases; seed++) {
         Generator gen(seed);
         const std::string conftext = gen.config();
-        datatree_t *conf = edihost_parsetree(conftext.data(), conftext.size(), "gen.tree");
-        ASSERT_NE(conf, nullptr) << conftext;
+        datatree_t *conf = testsupport::parse(conftext);
+        ASSERT_NE(conf, nullptr);
         const std::string text = gen.interchange(conf);
         char name[] = "gen.edi";
         edihost_setinput(name, text.data(), text.size());
@@ -252,7 +240,7 @@ TEST(FillDifferential, EdifactreadGivesTheLiteralTreeOnGeneratedCases)
         Reference ref;
         datatree_t *want = ref.read(flat->child, conf);
 
-        const std::string g = dump(got), w = dump(want);
+        const std::string g = testsupport::dump(got), w = testsupport::dump(want);
         const bool same = g == w && goterr == ref.err;
         freedatatree(got);
         freedatatree(want);
