@@ -22,6 +22,17 @@ datatree_t *readbytes(const std::string &bytes)
     return root;
 }
 
+// The reader's state as a read of a file without UNA starts it: each test
+// begins from it, whatever the one before left behind.
+void freshstate()
+{
+    ediprot::tagcnt = 0;
+    seg_sep = '\'';
+    dst_sep = '+';
+    cmp_sep = ':';
+    escape = '?';
+}
+
 struct SegmentCase {
     int before;  // tagcnt ahead of the segment
     std::string text;
@@ -82,6 +93,7 @@ TEST(Readseg, GivesEveryMalformedSegmentTextADefinedNode)
 
 TEST(Readseg, EndsEveryFileWithTheLastPieceEvenWhenEmpty)
 {
+    freshstate();
     datatree_t *root = readbytes("UNB+X'UNZ+1'");
     ASSERT_NE(root, nullptr);
     EXPECT_STREQ(root->xmltag, "edi");
@@ -96,6 +108,7 @@ TEST(Readseg, EndsEveryFileWithTheLastPieceEvenWhenEmpty)
 
 TEST(Readseg, UsesTheServiceCharactersInForce)
 {
+    freshstate();
     seg_sep = '!';
     dst_sep = '*';
     cmp_sep = '^';
@@ -110,6 +123,7 @@ TEST(Readseg, UsesTheServiceCharactersInForce)
 
 TEST(Readseg, BlankReleaseCharacterReleasesTheSeparatorBehindIt)
 {
+    freshstate();
     escape = ' ';
     datatree_t *root = readbytes("FTX+A +B+C");
     ASSERT_NE(root, nullptr);
