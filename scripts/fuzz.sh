@@ -66,9 +66,9 @@ for t in "${targets[@]}"; do
   dict=()
   maxlen=65536
   case $t in
-    # An interchange of 4 KB holds every kind of segment and loop the small
+    # An interchange of 2 KB holds every kind of segment and loop the small
     # configuration has; longer ones only slow the target down.
-    edifactread) dict=(-dict=fuzz/edifact.dict); maxlen=4096 ;;
+    edifactread) dict=(-dict=fuzz/edifact.dict); maxlen=2048 ;;
     treetext|writers) dict=(-dict=fuzz/tree.dict) ;;
     configread) cat fuzz/tree.dict fuzz/edifact.dict >"$work/configread.dict"
                 dict=(-dict="$work/configread.dict") ;;
