@@ -2,6 +2,10 @@
 
 #include <string.h>
 
+#include <string_view>
+#include <unordered_map>
+#include <vector>
+
 namespace edi {
 
 namespace {
@@ -55,28 +59,43 @@ const datatree_t *owner(const datatree_t *first, const datatree_t *dp)
 // For each configuration node in order, every data sibling of the same name
 // in order; a loop takes the next number per occurrence and one more for
 // the writer's try that finds none.  Tag nodes' children are no loops.
+// The data siblings are grouped by name first, so that a long chain (many
+// occurrences, or a configuration of many siblings) is not searched once
+// per configuration node.
 void number(const datatree_t *conf, datatree_t *data)
 {
+    std::unordered_map<std::string_view, std::vector<datatree_t *>> byname;
+    for (datatree_t *dp = data; dp != nullptr; dp = dp->next)
+        if (dp->xmltag != nullptr)
+            byname[dp->xmltag].push_back(dp);
+    // Where two configuration siblings share a name, each data node goes
+    // to the one whose contents it fits.
+    std::unordered_map<std::string_view, int> namesakes;
+    for (const datatree_t *cp = conf; cp != nullptr; cp = cp->next)
+        if (cp->xmltag != nullptr)
+            namesakes[cp->xmltag]++;
     int i = 0;
     for (const datatree_t *cp = conf; cp != nullptr; cp = cp->next) {
         if (cp->xmltag == nullptr)
             continue;
         bool isloop = cp->xmltag[0] == '*', istag = cp->xmltag[0] == '$';
-        for (datatree_t *dp = data; dp != nullptr; dp = dp->next) {
-            if (dp->xmltag == nullptr || strcmp(dp->xmltag, cp->xmltag) != 0)
-                continue;
-            if (isloop && owner(conf, dp) != cp)
-                continue;
-            // An occurrence without any value is left out, as the reader
-            // prunes it: 0 is a number the writer never looks for.
-            if (isloop && !holdsdata(dp)) {
-                dp->loopcnt = 0;
-                continue;
+        auto found = byname.find(cp->xmltag);
+        if (found != byname.end()) {
+            const bool shared = namesakes[cp->xmltag] > 1;
+            for (datatree_t *dp : found->second) {
+                if (isloop && shared && owner(conf, dp) != cp)
+                    continue;
+                // An occurrence without any value is left out, as the
+                // reader prunes it: 0 is a number the writer never looks for.
+                if (isloop && !holdsdata(dp)) {
+                    dp->loopcnt = 0;
+                    continue;
+                }
+                if (isloop)
+                    dp->loopcnt = ++i;
+                if (!istag && cp->child != nullptr)
+                    number(cp->child, dp->child);
             }
-            if (isloop)
-                dp->loopcnt = ++i;
-            if (!istag && cp->child != nullptr)
-                number(cp->child, dp->child);
         }
         if (isloop)
             ++i;
