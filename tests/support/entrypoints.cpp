@@ -41,17 +41,14 @@ void readvda(Read &r, const std::string &fn, datatree_t *cf)
     });
 }
 
-Written writeedifact(datatree_t *tree, datatree_t *cf, std::string out, bool capture)
+namespace {
+
+// Runs `write` (which writes the file `out`), its stderr captured or not,
+// and reads back what it left there.
+Written written(const std::string &out, bool capture, const std::function<int()> &write)
 {
     Written w;
-    if (out.empty())
-        out = tempdir() + "/out.edi";
-    char sender[] = "SENDER";
-    char recipient[] = "RECIP";
-    auto call = [&] {
-        w.rc = edifactwrite(tree, const_cast<char *>(out.c_str()), nullptr, nullptr, cf, sender,
-                            recipient, 0);
-    };
+    auto call = [&] { w.rc = write(); };
     if (capture)
         w.err = capture_stderr(call);
     else
@@ -62,23 +59,28 @@ Written writeedifact(datatree_t *tree, datatree_t *cf, std::string out, bool cap
     return w;
 }
 
+}  // namespace
+
+Written writeedifact(datatree_t *tree, datatree_t *cf, std::string out, bool capture)
+{
+    if (out.empty())
+        out = tempdir() + "/out.edi";
+    char sender[] = "SENDER";
+    char recipient[] = "RECIP";
+    return written(out, capture, [&] {
+        return edifactwrite(tree, const_cast<char *>(out.c_str()), nullptr, nullptr, cf, sender,
+                            recipient, 0);
+    });
+}
+
 Written writevda(datatree_t *tree, datatree_t *cf, std::string out, bool capture)
 {
-    Written w;
     if (out.empty())
         out = tempdir() + "/out.vda";
-    auto call = [&] {
-        w.rc = vdawrite(tree, const_cast<char *>(out.c_str()), nullptr, nullptr, cf, nullptr,
+    return written(out, capture, [&] {
+        return vdawrite(tree, const_cast<char *>(out.c_str()), nullptr, nullptr, cf, nullptr,
                         nullptr, 0);
-    };
-    if (capture)
-        w.err = capture_stderr(call);
-    else
-        call();
-    struct stat st;
-    if (stat(out.c_str(), &st) == 0 && S_ISREG(st.st_mode))
-        w.text = readfile(out);
-    return w;
+    });
 }
 
 }  // namespace testsupport

@@ -185,7 +185,7 @@ EDIPROT_API datatree_t *edifactread(char *fn, envelope_t **evpp,
     }
 
     // One filled copy of the configuration per message.
-    beginfill();
+    resetfill();
     head = newnode();
     head->xmltag = EDI_STRSAV("edi");
     drun = &head->child;
@@ -223,7 +223,7 @@ EDIPROT_API datatree_t *edifactread(char *fn, envelope_t **evpp,
     setparents(head, 0);
     searchemptyloop(&head->child);
     numberheads(cfroot->child, head->child);
-    endfill();
+    resetfill();
     TRACE(2, "edifactread: after emptyloop\n");
     TRACE_DUMP(3, head);
     TRACE(2, "edifactread: after emptyloop end\n");
@@ -263,7 +263,7 @@ error:
         free(ev);
     }
     xdata = nullptr;
-    endfill();
+    resetfill();
     TRACE(0, "edifactread failed\n");
     return nullptr;
 }

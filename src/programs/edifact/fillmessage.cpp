@@ -22,13 +22,7 @@ const datatree_t *headorigin(const datatree_t *dp)
 
 }  // namespace
 
-void beginfill()
-{
-    heads.clear();
-    pending::beginread();
-}
-
-void endfill()
+void resetfill()
 {
     heads.clear();
     pending::beginread();
@@ -66,7 +60,6 @@ datatree_t *fillmessage(datatree_t *conf, datatree_t *first)
     if (conf->xmltag[0] != '$' && conf->child != nullptr)
         numberloops(conf->child, msg->child, pending::origin, true);
     freeremoved(removed);
-    pending::beginmessage();
     return msg;
 }
 

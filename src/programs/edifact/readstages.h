@@ -27,10 +27,9 @@ void numberloops(const datatree_t *conf, datatree_t *data, originfn origin,
 int prunemessage(datatree_t **headp, std::vector<datatree_t *> &removed);
 void freeremoved(std::vector<datatree_t *> &removed);
 
-// The fill of a read's messages: state set up and dropped around a read
-// (also after a failure).
-void beginfill();
-void endfill();
+// Drops the fill's state: before a read's first message, and after its
+// last or a failure.
+void resetfill();
 // Fills one message, from the segment `first` on, into a copy of the
 // configuration chain `conf`, prunes it and numbers its loops.  Returns the
 // copy: the message's node, then empty copies of conf's siblings.
