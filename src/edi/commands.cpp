@@ -22,13 +22,13 @@ namespace edi {
 // character that is not white space.
 datatree_t *loadtree(const std::string &path)
 {
-    std::string text;
-    if (!readwhole(path, text))
+    InputText in(path);
+    if (!in.ok)
         return nullptr;
-    size_t first = text.find_first_not_of(" \t\r\n");
-    if (first != std::string::npos && (text[first] == '{' || text[first] == '['))
-        return jsontotree(text, path);
-    return edihost_parsetree(text.data(), text.size(), path.c_str());
+    size_t first = in.text.find_first_not_of(" \t\r\n");
+    if (first != std::string::npos && (in.text[first] == '{' || in.text[first] == '['))
+        return jsontotree(in.text, path);
+    return edihost_parsetree(in.text.data(), in.text.size(), path.c_str());
 }
 
 namespace {

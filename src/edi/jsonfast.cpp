@@ -4,6 +4,8 @@
 #include <stdlib.h>
 #include <string.h>
 
+#include <string>
+
 #include "treefields.h"
 
 namespace edi {
@@ -260,7 +262,7 @@ struct Reader {
 
 }  // namespace
 
-datatree_t *jsonfast(const std::string &text)
+datatree_t *jsonfast(std::string_view text)
 {
     Reader r{text.data(), text.data() + text.size()};
     datatree_t *roots = nullptr;

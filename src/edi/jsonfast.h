@@ -8,7 +8,7 @@
 #ifndef EDI_JSONFAST_H
 #define EDI_JSONFAST_H
 
-#include <string>
+#include <string_view>
 
 #include "ediprot.h"
 
@@ -16,7 +16,7 @@ namespace edi {
 
 // The tree (or chain of roots) of a document whose first key is "format"
 // with the value "ediprot-tree", parent links set; NULL to decline.
-datatree_t *jsonfast(const std::string &text);
+datatree_t *jsonfast(std::string_view text);
 
 }  // namespace edi
 

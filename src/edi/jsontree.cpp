@@ -216,11 +216,11 @@ std::string treetojson(const datatree_t *tree, const char *key, const JsonMeta &
     return doc.dump(1, ' ') + "\n";
 }
 
-datatree_t *jsontotree(const std::string &text, const std::string &name)
+datatree_t *jsontotree(std::string_view text, const std::string &name)
 {
     if (datatree_t *tree = jsonfast(text))
         return tree;
-    json doc = json::parse(text, nullptr, false);
+    json doc = json::parse(text.begin(), text.end(), nullptr, false);
     if (doc.is_discarded()) {
         fprintf(stderr, "%s: not a valid JSON document\n", name.c_str());
         return nullptr;

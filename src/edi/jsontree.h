@@ -32,7 +32,7 @@ std::string treetojson(const datatree_t *tree, const char *key, const JsonMeta &
 
 // Parses a document made by treetojson (or a bare node object / array).
 // On error writes "NAME: reason" to stderr and returns NULL.
-datatree_t *jsontotree(const std::string &text, const std::string &name);
+datatree_t *jsontotree(std::string_view text, const std::string &name);
 
 }  // namespace edi
 

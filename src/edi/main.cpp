@@ -4,6 +4,7 @@
 
 #include <string>
 
+#include "allocator.h"
 #include "commands.h"
 #include "configcmd.h"
 #include "ediprot.h"
@@ -16,6 +17,7 @@
 
 int main(int argc, char **argv)
 {
+    edi::tuneallocator();
     // edi config needs neither the module nor the options of read and write.
     if (argc > 1 && std::string(argv[1]) == "config")
         return edi::configcommand(argc, argv);

@@ -4,6 +4,8 @@
 #include <stdio.h>
 #include <stdlib.h>
 #include <string.h>
+#include <fcntl.h>
+#include <sys/mman.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -113,6 +115,34 @@ bool readwhole(const std::string &path, std::string &text)
     if (!ok)
         return fail(isfolder(path) ? "it is a folder" : "read error");
     return true;
+}
+
+InputText::InputText(const std::string &path)
+{
+    int fd = open(path.c_str(), O_RDONLY | O_CLOEXEC);
+    struct stat st;
+    if (fd >= 0 && fstat(fd, &st) == 0 && S_ISREG(st.st_mode) && st.st_size > 0) {
+        mapped_ = static_cast<size_t>(st.st_size);
+        map_ = mmap(nullptr, mapped_, PROT_READ, MAP_PRIVATE | MAP_POPULATE, fd, 0);
+        if (map_ == MAP_FAILED)
+            map_ = nullptr;
+    }
+    if (fd >= 0)
+        close(fd);
+    if (map_ != nullptr) {
+        text = std::string_view(static_cast<const char *>(map_), mapped_);
+        ok = true;
+        return;
+    }
+    // Pipes, devices, empty files, and anything that cannot be mapped.
+    ok = readwhole(path, read_);
+    text = read_;
+}
+
+InputText::~InputText()
+{
+    if (map_ != nullptr)
+        munmap(map_, mapped_);
 }
 
 Scratch::Scratch(const char *name)

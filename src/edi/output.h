@@ -3,6 +3,7 @@
 #define EDI_OUTPUT_H
 
 #include <string>
+#include <string_view>
 
 namespace edi {
 
@@ -20,6 +21,25 @@ bool isfolder(const std::string &path);
 // The whole content of a file; on failure "PATH: cannot be read: reason"
 // and false.
 bool readwhole(const std::string &path, std::string &text);
+
+// The content of an input file, mapped into memory where it is a regular
+// file (a tree of tens of MB is then neither copied nor grown), else read
+// whole.  `ok` is false after "PATH: cannot be read: reason".
+class InputText {
+public:
+    explicit InputText(const std::string &path);
+    ~InputText();
+    InputText(const InputText &) = delete;
+    InputText &operator=(const InputText &) = delete;
+
+    bool ok = false;
+    std::string_view text;
+
+private:
+    void *map_ = nullptr;
+    size_t mapped_ = 0;
+    std::string read_;
+};
 
 // A private folder under $TMPDIR (or /tmp) for a file the module writes
 // before the command passes it on; removed with that file.  `folder` is

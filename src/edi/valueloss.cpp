@@ -1,6 +1,7 @@
 #include "valueloss.h"
 
 #include <stdio.h>
+#include <string.h>
 
 #include <string_view>
 #include <unordered_map>
@@ -17,27 +18,38 @@ bool servicechar(char c)
 
 // The configuration child of `parent` named `name`, the first if several
 // are: the writer finds a value through the names from the message node
-// down.  Each configuration node's children are indexed on first use.
+// down.  A short list of children is searched in place; a long one is
+// indexed on first use.
 class Children {
 public:
     const datatree_t *find(const datatree_t *parent, const char *name)
     {
-        auto &index = byparent_[parent];
-        if (!index.built) {
-            for (const datatree_t *c = parent->child; c != nullptr; c = c->next)
-                if (c->xmltag != nullptr)
-                    index.byname.emplace(c->xmltag, c);
-            index.built = true;
+        int seen = 0;
+        for (const datatree_t *c = parent->child; c != nullptr; c = c->next) {
+            if (++seen > kShort)
+                return indexed(parent, name);
+            if (c->xmltag != nullptr && strcmp(c->xmltag, name) == 0)
+                return c;
         }
-        auto found = index.byname.find(name);
-        return found != index.byname.end() ? found->second : nullptr;
+        return nullptr;
     }
 
 private:
-    struct Index {
-        bool built = false;
-        std::unordered_map<std::string_view, const datatree_t *> byname;
-    };
+    static constexpr int kShort = 16;
+    using Index = std::unordered_map<std::string_view, const datatree_t *>;
+
+    const datatree_t *indexed(const datatree_t *parent, const char *name)
+    {
+        auto [at, fresh] = byparent_.try_emplace(parent);
+        Index &index = at->second;
+        if (fresh)
+            for (const datatree_t *c = parent->child; c != nullptr; c = c->next)
+                if (c->xmltag != nullptr)
+                    index.emplace(c->xmltag, c);
+        auto found = index.find(name);
+        return found != index.end() ? found->second : nullptr;
+    }
+
     std::unordered_map<const datatree_t *, Index> byparent_;
 };
 
@@ -80,60 +92,70 @@ std::string change(const char *value, const datatree_t *cf, const char *charset)
 
 }  // namespace
 
+namespace {
+
+// One message's walk.  The values among a node's children are looked at
+// before anything below them, then the children are walked in order.
+struct Walk {
+    Children &children;
+    const char *charset;
+    std::string message;  // "message N, "
+    std::vector<std::string> &lines;
+    // The names from the first tag node down to the node walked.
+    std::vector<const char *> names;
+    std::vector<const datatree_t *> confs;  // per child of the node walked, stacked
+
+    void node(const datatree_t *dp, const datatree_t *conf)
+    {
+        const size_t base = confs.size();
+        for (const datatree_t *c = dp->child; c != nullptr; c = c->next) {
+            const datatree_t *cf = c->xmltag != nullptr ? children.find(conf, c->xmltag) : nullptr;
+            confs.push_back(cf);  // NULL: the writer never reaches it
+            if (cf == nullptr || c->data == nullptr || c->data[0] == '\0' || c->child != nullptr)
+                continue;
+            std::string why = change(c->data, cf, charset);
+            if (!why.empty())
+                lines.push_back(message + where(c) + ": " + why);
+        }
+        size_t i = base;
+        for (const datatree_t *c = dp->child; c != nullptr; c = c->next, i++) {
+            if (confs[i] == nullptr)
+                continue;
+            const bool named = !names.empty() || c->iseditag != 0;
+            if (named)
+                names.push_back(c->xmltag);
+            node(c, confs[i]);
+            if (named)
+                names.pop_back();
+        }
+        confs.resize(base);
+    }
+
+    // "$TAG.COMPOSITE.ELEMENT"; a value outside any tag is named by nothing.
+    std::string where(const datatree_t *c) const
+    {
+        if (names.empty() && c->iseditag == 0)
+            return "";
+        std::string w;
+        for (const char *n : names)
+            w += std::string(n) + ".";
+        return w + c->xmltag;
+    }
+};
+
+}  // namespace
+
 std::vector<std::string> valueloss(const datatree_t *first, const datatree_t *last, int number,
                                    const datatree_t *config, const char *charset)
 {
     Children children;
     std::vector<std::string> lines;
-    // Nodes met on the walk; `where` of a node is the names of the named
-    // frames from its tag node down, rebuilt only for a message line.
-    struct Frame {
-        const datatree_t *node;
-        const datatree_t *conf;
-        int up;      // frame of the parent, -1 for the message node
-        bool named;  // a tag node or below one
-    };
-    std::vector<Frame> frames;
-    std::vector<int> todo, kids;
-    auto where = [&frames](int at) {
-        std::vector<const char *> names;
-        for (; at >= 0 && frames[static_cast<size_t>(at)].named; at = frames[static_cast<size_t>(at)].up)
-            names.push_back(frames[static_cast<size_t>(at)].node->xmltag);
-        std::string w;
-        for (auto n = names.rbegin(); n != names.rend(); ++n)
-            w += (w.empty() ? "" : ".") + std::string(*n);
-        return w;
-    };
+    Walk walk{children, charset, "", lines, {}, {}};
     for (const datatree_t *m = first; m != nullptr; m = m->next, number++) {
         const datatree_t *mconf = m->xmltag != nullptr ? children.find(config, m->xmltag) : nullptr;
         if (mconf != nullptr) {
-            frames.assign(1, {m, mconf, -1, false});
-            todo.assign(1, 0);
-            // The children of a node are looked at before anything below
-            // them, then walked in order, depth first.
-            while (!todo.empty()) {
-                const int at = todo.back();
-                todo.pop_back();
-                kids.clear();
-                const Frame it = frames[static_cast<size_t>(at)];
-                for (const datatree_t *c = it.node->child; c != nullptr; c = c->next) {
-                    if (c->xmltag == nullptr)
-                        continue;
-                    const datatree_t *cf = children.find(it.conf, c->xmltag);
-                    if (cf == nullptr)
-                        continue;  // the writer never reaches it
-                    frames.push_back({c, cf, at, it.named || c->iseditag != 0});
-                    const int self = static_cast<int>(frames.size()) - 1;
-                    if (c->data != nullptr && c->data[0] != '\0' && c->child == nullptr) {
-                        std::string why = change(c->data, cf, charset);
-                        if (!why.empty())
-                            lines.push_back("message " + std::to_string(number) + ", " +
-                                            where(self) + ": " + why);
-                    }
-                    kids.push_back(self);
-                }
-                todo.insert(todo.end(), kids.rbegin(), kids.rend());
-            }
+            walk.message = "message " + std::to_string(number) + ", ";
+            walk.node(m, mconf);
         }
         if (m == last)
             break;

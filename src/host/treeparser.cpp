@@ -10,6 +10,7 @@
 #include <vector>
 
 #include "edihost.h"
+#include "treefastline.h"
 #include "treefields.h"
 #include "treelex.h"
 
@@ -70,22 +71,38 @@ datatree_t *parsetree(const char *text, size_t len, const char *name)
         linescan ls{lb, le, {}};
         datatree_t *tp = nullptr;
         bool ok = true;
-        if (memchr(lb, '\0', static_cast<size_t>(le - lb)) != nullptr) {
+        // Most lines are plain and read in one pass; any other, and any
+        // fault, is read by the full reader, which names what is wrong.
+        const char *ip = lb;
+        while (ip != le && *ip == ' ')
+            ip++;
+        if (ip != le && *ip != '#' && *ip != '\t') {
+            tp = static_cast<datatree_t *>(calloc(1, sizeof(datatree_t)));
+            if (tp == nullptr)
+                edihost_outofmemory();
+            if (readplainline(ip, le, tp)) {
+                ls.cp = ip;
+            } else {
+                free(tp);
+                tp = nullptr;
+            }
+        }
+        if (tp != nullptr) {
+            tp->line = lines.lineno;
+            tp->file = file;
+        } else if (memchr(lb, '\0', static_cast<size_t>(le - lb)) != nullptr) {
             ok = ls.fail("NUL byte in the text");
         } else {
             ls.skipblanks();
             if (ls.atend() || *ls.cp == '#')
                 continue;  // blank line or comment
-            const char *ip = lb;
-            while (*ip == ' ')
-                ip++;
             if (*ip == '\t')
                 ok = ls.fail("tab in indentation");
         }
         size_t indent = static_cast<size_t>(ls.cp - lb);
-        if (ok)
+        if (ok && tp == nullptr)
             ok = readentry(ls, tag, fields);
-        if (ok) {
+        if (ok && tp == nullptr) {
             tp = static_cast<datatree_t *>(calloc(1, sizeof(datatree_t)));
             if (tp == nullptr)
                 edihost_outofmemory();
