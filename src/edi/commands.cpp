@@ -4,9 +4,11 @@
 #include <stdlib.h>
 #include <string.h>
 
+#include <algorithm>
 #include <memory>
 #include <vector>
 
+#include "allocator.h"
 #include "edihost.h"
 #include "batch.h"
 #include "capture.h"
@@ -26,7 +28,10 @@ datatree_t *loadtree(const std::string &path)
     if (!in.ok)
         return nullptr;
     size_t first = in.text.find_first_not_of(" \t\r\n");
-    if (first != std::string::npos && (in.text[first] == '{' || in.text[first] == '['))
+    const bool json = first != std::string::npos && (in.text[first] == '{' || in.text[first] == '[');
+    // A node is a line of tree text, an object of JSON.
+    reservetree(static_cast<size_t>(std::count(in.text.begin(), in.text.end(), json ? '{' : '\n')));
+    if (json)
         return jsontotree(in.text, path);
     return edihost_parsetree(in.text.data(), in.text.size(), path.c_str());
 }
@@ -81,12 +86,13 @@ void droptrailers(datatree_t *tree)
 // mandatory element (the records are written all the same) or a failure.
 Exit writevdafile(const Module &mod, const Options &opt, datatree_t *tree, datatree_t *config)
 {
-    Scratch scratch("records.txt");
-    if (scratch.folder.empty()) {
-        perror("edi: temporary folder");
+    // The module writes the records file under a name of its own beside
+    // the output, and its messages name the output.
+    OutputFile file(opt.output);
+    if (file.name().empty())
         return exit_failed;
-    }
-    std::vector<char> out = writable(scratch.file);
+    const std::string &written = file.name();
+    std::vector<char> out = writable(written);
     std::vector<char> sender = writable(opt.sender);
     std::vector<char> recipient = writable(opt.recipient);
     StderrCapture cap(opt.trace < 0);
@@ -97,9 +103,9 @@ Exit writevdafile(const Module &mod, const Options &opt, datatree_t *tree, datat
     for (std::string &line : cap.lines()) {
         if (!opt.verbose && line.compare(0, 7, "dnode: ") == 0)
             continue;
-        for (size_t at = line.find(scratch.file); at != std::string::npos;
-             at = line.find(scratch.file, at + opt.output.size()))
-            line.replace(at, scratch.file.size(), opt.output);
+        for (size_t at = line.find(written); at != std::string::npos;
+             at = line.find(written, at + opt.output.size()))
+            line.replace(at, written.size(), opt.output);
         if (line.find("mandatory element") != std::string::npos)
             missing++;
         lines.push_back(line);
@@ -119,10 +125,7 @@ Exit writevdafile(const Module &mod, const Options &opt, datatree_t *tree, datat
                 name.c_str(), missing, missing == 1 ? " is" : "s are",
                 missing == 1 ? "it" : "each", missing == 1 ? "it" : "them",
                 missing == 1 ? "it" : "them");
-    std::string text;
-    if (!readwhole(scratch.file, text))
-        return exit_failed;
-    return writewhole(opt.output, text) ? exit_ok : exit_failed;
+    return file.keep() ? exit_ok : exit_failed;
 }
 
 }  // namespace
@@ -248,7 +251,7 @@ Exit writecommand(const Module &mod, const Options &opt)
     }
     droptrailers(tree);
     Exit rc = writevdafile(mod, opt, tree, config);
-    freedatatree(tree);
+    freeatexit(tree);
     freedatatree(config);
     return rc;
 }

@@ -49,7 +49,9 @@ std::string fixcounts(const std::string &text, const std::string &ref,
         }
         out += setelements(body, s, values);
     };
-    for (const Segment &s : cutsegments(text)) {
+    out.reserve(text.size() + 64);
+    SegmentReader reader(text);
+    for (Segment s; reader.next(s);) {
         std::string_view body = segmentbody(text, s);
         if (s.tag == "UNH") {
             insegs = 0;
@@ -69,7 +71,7 @@ std::string fixcounts(const std::string &text, const std::string &ref,
         else if (s.tag == "UNB")
             set(body, s, {{5, ref}});
         else
-            out += text.substr(s.begin, s.end - s.begin);
+            out.append(text, s.begin, s.end - s.begin);
     }
     return out;
 }
@@ -81,9 +83,11 @@ std::string setdate(const std::string &text, time_t when)
     char buf[32];
     snprintf(buf, sizeof buf, "%02d%02d%02d", tm.tm_year % 100, tm.tm_mon + 1, tm.tm_mday);
     std::string out;
-    for (const Segment &s : cutsegments(text)) {
+    out.reserve(text.size() + 16);
+    SegmentReader reader(text);
+    for (Segment s; reader.next(s);) {
         if (s.tag != "UNB") {
-            out += text.substr(s.begin, s.end - s.begin);
+            out.append(text, s.begin, s.end - s.begin);
             continue;
         }
         std::string dt = std::string(buf) + s.sx.cmp;

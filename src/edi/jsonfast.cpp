@@ -6,6 +6,7 @@
 
 #include <string>
 
+#include "nodestore.h"
 #include "treefields.h"
 
 namespace edi {
@@ -160,13 +161,7 @@ struct Reader {
         }
     }
 
-    char *dup(const std::string &s)
-    {
-        char *cp = strdup(s.c_str());
-        if (cp == nullptr)
-            abort();
-        return cp;
-    }
+    char *dup(const std::string &s) { return edihost::newtext(s.data(), s.size()); }
 
     // One node object into *slot (linked at once, so that a decline frees
     // it with the rest); each key once, "name" required.
@@ -175,9 +170,7 @@ struct Reader {
         if (depth > kFastDepth)
             throw Decline{};
         expect('{');
-        auto *tp = static_cast<datatree_t *>(calloc(1, sizeof(datatree_t)));
-        if (tp == nullptr)
-            abort();
+        datatree_t *tp = edihost::newnode();
         *slot = tp;
         uint64_t seen = 0;
         do {

@@ -76,6 +76,68 @@ bool writewhole(const std::string &path, const std::string &text)
     return true;
 }
 
+namespace {
+
+// A private folder under $TMPDIR (or /tmp), or "".
+std::string scratchfolder()
+{
+    const char *tmp = getenv("TMPDIR");
+    std::string f = std::string(tmp != nullptr && *tmp != '\0' ? tmp : "/tmp") + "/edi-XXXXXX";
+    return mkdtemp(f.data()) != nullptr ? f : "";
+}
+
+}  // namespace
+
+OutputFile::OutputFile(const std::string &path) : path_(path)
+{
+    struct stat st;
+    bool special = path.empty() || path == "-" ||
+                   (stat(path.c_str(), &st) == 0 && !S_ISREG(st.st_mode) && !S_ISDIR(st.st_mode));
+    if (special) {
+        folder_ = scratchfolder();
+        if (folder_.empty())
+            fail("temporary folder", strerror(errno));
+        else
+            name_ = folder_ + "/output";
+        return;
+    }
+    std::string tmp = path + ".XXXXXX";
+    int fd = mkstemp(tmp.data());
+    if (fd < 0) {
+        fail(path, strerror(errno));
+        return;
+    }
+    // mkstemp makes the file private; give it the mode a new file gets.
+    mode_t mask = umask(0);
+    umask(mask);
+    fchmod(fd, 0666 & ~mask);
+    close(fd);
+    name_ = tmp;
+    beside_ = true;
+}
+
+OutputFile::~OutputFile()
+{
+    if (!name_.empty())
+        unlink(name_.c_str());
+    if (!folder_.empty())
+        rmdir(folder_.c_str());
+}
+
+bool OutputFile::keep()
+{
+    if (name_.empty())
+        return false;
+    if (!beside_) {
+        std::string text;
+        return readwhole(name_, text) && writewhole(path_, text);
+    }
+    if (rename(name_.c_str(), path_.c_str()) != 0)
+        return fail(path_, strerror(errno));
+    name_.clear();
+    return true;
+}
+
 std::string infolder(const std::string &folder, const std::string &input,
                      const std::string &ext)
 {
@@ -145,14 +207,10 @@ InputText::~InputText()
         munmap(map_, mapped_);
 }
 
-Scratch::Scratch(const char *name)
+Scratch::Scratch(const char *name) : folder(scratchfolder())
 {
-    const char *tmp = getenv("TMPDIR");
-    std::string f = std::string(tmp != nullptr && *tmp != '\0' ? tmp : "/tmp") + "/edi-XXXXXX";
-    if (mkdtemp(f.data()) != nullptr) {
-        folder = f;
-        file = f + "/" + name;
-    }
+    if (!folder.empty())
+        file = folder + "/" + name;
 }
 
 Scratch::~Scratch()

@@ -41,6 +41,30 @@ private:
     std::string read_;
 };
 
+// A file that a writer (the module) fills by name and that takes the place
+// of `path` only once it is whole.  For a plain file it is a temporary
+// file beside `path`, renamed into place by keep(), so that a large output
+// is not copied once more; for stdout ("" or "-"), a device or a pipe it is
+// a scratch file whose content keep() passes on.  Not kept, it is removed.
+class OutputFile {
+public:
+    explicit OutputFile(const std::string &path);
+    ~OutputFile();
+    OutputFile(const OutputFile &) = delete;
+    OutputFile &operator=(const OutputFile &) = delete;
+
+    // Where the writer writes; empty, after "edi: PATH: reason", when no
+    // file could be made.
+    const std::string &name() const { return name_; }
+    // Puts the file in place; false after "edi: PATH: reason".
+    bool keep();
+
+private:
+    std::string path_, name_;
+    bool beside_ = false;  // a temporary file beside path_, else a scratch file
+    std::string folder_;   // the scratch file's folder
+};
+
 // A private folder under $TMPDIR (or /tmp) for a file the module writes
 // before the command passes it on; removed with that file.  `folder` is
 // empty when it could not be made.

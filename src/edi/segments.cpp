@@ -2,6 +2,7 @@
 
 #include <ctype.h>
 #include <stdio.h>
+#include <string.h>
 
 namespace edi {
 
@@ -44,36 +45,46 @@ Syntax syntaxof(std::string_view text)
     return sx;
 }
 
+bool SegmentReader::next(Segment &s)
+{
+    if (start_ >= text_.size())
+        return false;
+    size_t end;
+    bool term = true;
+    if (text_.size() - start_ >= 9 && text_.substr(start_, 3) == "UNA") {
+        sx_ = syntaxof(text_.substr(start_));
+        end = start_ + 9;
+    } else {
+        const char *base = text_.data();
+        size_t i = start_;
+        for (;;) {
+            const void *hit = memchr(base + i, sx_.seg, text_.size() - i);
+            i = hit != nullptr ? static_cast<size_t>(static_cast<const char *>(hit) - base)
+                               : text_.size();
+            if (i == text_.size() || !released(text_, i, start_, sx_.rel))
+                break;
+            i++;
+        }
+        term = i < text_.size();
+        end = term ? i + 1 : text_.size();
+    }
+    s.begin = start_;
+    s.end = end;
+    s.terminated = term;
+    s.sx = sx_;
+    s.tag.clear();
+    for (size_t i = start_; i < end && i < start_ + 3; i++)
+        s.tag += static_cast<char>(toupper(static_cast<unsigned char>(text_[i])));
+    start_ = end;
+    return true;
+}
+
 std::vector<Segment> cutsegments(std::string_view text)
 {
     std::vector<Segment> segs;
-    Syntax sx;
-    size_t start = 0;
-    auto add = [&](size_t end, bool term) {
-        Segment s;
-        s.begin = start;
-        s.end = end;
-        s.terminated = term;
-        s.sx = sx;
-        for (size_t i = start; i < end && i < start + 3; i++)
-            s.tag += static_cast<char>(toupper(static_cast<unsigned char>(text[i])));
+    SegmentReader reader(text);
+    for (Segment s; reader.next(s);)
         segs.push_back(s);
-        start = end;
-    };
-    while (start < text.size()) {
-        if (text.size() - start >= 9 && text.substr(start, 3) == "UNA") {
-            sx = syntaxof(text.substr(start));
-            add(start + 9, true);
-            continue;
-        }
-        size_t i = start;
-        while (i < text.size() && (text[i] != sx.seg || released(text, i, start, sx.rel)))
-            i++;
-        if (i < text.size())
-            add(i + 1, true);
-        else
-            add(text.size(), false);
-    }
     return segs;
 }
 

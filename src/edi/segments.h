@@ -32,6 +32,20 @@ struct Segment {
 // agree.
 bool released(std::string_view text, size_t pos, size_t from, char rel);
 
+// The segments of a text one at a time, as cutsegments gives them, for a
+// pass over a large interchange without a list of all its segments.
+class SegmentReader {
+public:
+    explicit SegmentReader(std::string_view text) : text_(text) {}
+    // The next segment into `s`; false at the end of the text.
+    bool next(Segment &s);
+
+private:
+    std::string_view text_;
+    Syntax sx_;
+    size_t start_ = 0;
+};
+
 // Cuts `text` into segments.  A UNA (nine bytes) at the start of a segment
 // is a segment of its own whose service characters hold from there on, so
 // that each interchange of a file may have its own.  Bytes between

@@ -9,6 +9,7 @@
 #include <unordered_map>
 #include <vector>
 
+#include "allocator.h"
 #include "autoconfig.h"
 #include "capture.h"
 #include "commands.h"
@@ -301,7 +302,7 @@ Exit writeedifact(const Module &mod, const Options &opt)
                 break;
         }
     }
-    freedatatree(tree);
+    freeatexit(tree);
     release();
     if (!ok)
         return exit_failed;

@@ -10,6 +10,7 @@
 #include <unordered_set>
 
 #include "edihost.h"
+#include "nodestore.h"
 
 extern "C" {
 
@@ -134,6 +135,7 @@ void setparents(datatree_t *tree, int flag)
 // by rotations: linear time, constant space, any depth.
 void freedatatree(datatree_t *tree)
 {
+    const bool stores = edihost::anystore();
     datatree_t *tp = tree;
     while (tp != nullptr) {
         if (tp->child != nullptr) {
@@ -143,11 +145,19 @@ void freedatatree(datatree_t *tree)
             tp = cp;
         } else {
             datatree_t *np = tp->next;
-            free(tp->xmltag);
-            free(tp->data);
-            free(tp->defval);
-            free(tp->deffunc);
-            free(tp);
+            if (stores) {
+                edihost::freetext(tp->xmltag);
+                edihost::freetext(tp->data);
+                edihost::freetext(tp->defval);
+                edihost::freetext(tp->deffunc);
+                edihost::freenode(tp);
+            } else {
+                free(tp->xmltag);
+                free(tp->data);
+                free(tp->defval);
+                free(tp->deffunc);
+                free(tp);
+            }
             tp = np;
         }
     }

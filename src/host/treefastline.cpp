@@ -5,6 +5,7 @@
 #include <string.h>
 
 #include "edihost.h"
+#include "nodestore.h"
 #include "treefields.h"
 
 namespace edihost {
@@ -72,13 +73,7 @@ int plainword(const treefield &fd, const char *cp, size_t len)
 
 char *copyspan(const char *cp, const char *end)
 {
-    size_t len = static_cast<size_t>(end - cp);
-    char *s = static_cast<char *>(malloc(len + 1));
-    if (s == nullptr)
-        edihost_outofmemory();
-    memcpy(s, cp, len);
-    s[len] = '\0';
-    return s;
+    return newtext(cp, static_cast<size_t>(end - cp));
 }
 
 }  // namespace

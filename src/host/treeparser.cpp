@@ -10,6 +10,7 @@
 #include <vector>
 
 #include "edihost.h"
+#include "nodestore.h"
 #include "treefastline.h"
 #include "treefields.h"
 #include "treelex.h"
@@ -77,13 +78,11 @@ datatree_t *parsetree(const char *text, size_t len, const char *name)
         while (ip != le && *ip == ' ')
             ip++;
         if (ip != le && *ip != '#' && *ip != '\t') {
-            tp = static_cast<datatree_t *>(calloc(1, sizeof(datatree_t)));
-            if (tp == nullptr)
-                edihost_outofmemory();
+            tp = newnode();
             if (readplainline(ip, le, tp)) {
                 ls.cp = ip;
             } else {
-                free(tp);
+                freenode(tp);
                 tp = nullptr;
             }
         }
@@ -103,9 +102,7 @@ datatree_t *parsetree(const char *text, size_t len, const char *name)
         if (ok && tp == nullptr)
             ok = readentry(ls, tag, fields);
         if (ok && tp == nullptr) {
-            tp = static_cast<datatree_t *>(calloc(1, sizeof(datatree_t)));
-            if (tp == nullptr)
-                edihost_outofmemory();
+            tp = newnode();
             tp->xmltag = newcopy(tag);
             tp->line = lines.lineno;
             tp->file = file;
