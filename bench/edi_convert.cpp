@@ -3,7 +3,8 @@
 // n records (`edi vda-write`), each given to the command as tree text and
 // as JSON.  Prints the module's time, the command's (a whole run: start,
 // reading configuration and tree, the write, its own corrections) and the
-// ratio of the two.
+// ratio of the two.  Each time is the least of five runs (the module's
+// of three), since a shared machine adds its own delays to single runs.
 //
 // Usage: bench_edi_convert [records ...]   (default 10000 100000)
 // With EDIPROT_BENCH_KEEP set, the configurations and the trees of the
@@ -67,12 +68,16 @@ bool save(const std::string &fn, const datatree_t *tree, bool json)
 double runedi(const std::string &args)
 {
     std::string cmd = std::string(EDI_PROGRAM) + " " + args + " >/dev/null 2>&1";
-    auto t0 = Clock::now();
-    int rc = system(cmd.c_str());
-    double t = seconds(t0);
-    if (rc != 0)
-        printf("  (edi exited with %d: %s)\n", rc, cmd.c_str());
-    return t;
+    double best = 0;
+    for (int run = 0; run < 5; run++) {
+        auto t0 = Clock::now();
+        int rc = system(cmd.c_str());
+        double t = seconds(t0);
+        if (rc != 0)
+            printf("  (edi exited with %d: %s)\n", rc, cmd.c_str());
+        best = run == 0 || t < best ? t : best;
+    }
+    return best;
 }
 
 }  // namespace
@@ -102,10 +107,14 @@ int main(int argc, char **argv)
         save(cfn, cf, false);
         for (int n : sizes) {
             datatree_t *data = vda ? vdatree(n, false) : orderstree::makedata(n);
-            auto t0 = Clock::now();
-            (vda ? vdawrite : edifactwrite)(data, const_cast<char *>(out.c_str()), nullptr, nullptr,
-                                            cf, sender, recipient, 0);
-            double tmod = seconds(t0);
+            double tmod = 0;
+            for (int run = 0; run < 3; run++) {
+                auto t0 = Clock::now();
+                (vda ? vdawrite : edifactwrite)(data, const_cast<char *>(out.c_str()), nullptr,
+                                                nullptr, cf, sender, recipient, 0);
+                double t = seconds(t0);
+                tmod = run == 0 || t < tmod ? t : tmod;
+            }
             struct stat st;
             long size = stat(out.c_str(), &st) == 0 ? static_cast<long>(st.st_size) : -1;
             printf("%s %6d: module %.3f s (%ld bytes)", vda ? "vda-write" : "write    ", n, tmod, size);

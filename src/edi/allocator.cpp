@@ -22,7 +22,7 @@ void reservetree(size_t nodes)
 {
     // A node with a short name and value takes about 160 bytes.
     constexpr size_t pernode = 160;
-    if (nodes >= 100000)
+    if (nodes >= 10000)
         edihost_reservenodes(nodes * pernode);
 }
 

@@ -16,7 +16,7 @@ namespace edi {
 // (MIMALLOC_LARGE_OS_PAGES=0), nothing changes.  Called first in main.
 void tuneallocator();
 
-// Before a tree of about `nodes` nodes is built from a file: from 100,000
+// Before a tree of about `nodes` nodes is built from a file: from 10,000
 // nodes on, they are taken from one reservation (edihost_reservenodes).
 void reservetree(size_t nodes);
 
