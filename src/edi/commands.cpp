@@ -29,8 +29,12 @@ datatree_t *loadtree(const std::string &path)
         return nullptr;
     size_t first = in.text.find_first_not_of(" \t\r\n");
     const bool json = first != std::string::npos && (in.text[first] == '{' || in.text[first] == '[');
-    // A node is a line of tree text, an object of JSON.
-    reservetree(static_cast<size_t>(std::count(in.text.begin(), in.text.end(), json ? '{' : '\n')));
+    // A node is a line of tree text; counting them costs little.  A JSON
+    // text is four times as long, so its nodes are estimated instead: a
+    // node object with a short name and value takes 25 bytes or more, and
+    // what a reservation holds beyond the tree is never touched.
+    reservetree(json ? in.text.size() / 25
+                     : static_cast<size_t>(std::count(in.text.begin(), in.text.end(), '\n')));
     if (json)
         return jsontotree(in.text, path);
     return edihost_parsetree(in.text.data(), in.text.size(), path.c_str());
