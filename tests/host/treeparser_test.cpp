@@ -123,3 +123,51 @@ TEST(TreeParser, ReadtreeNamesTheFileInEveryNodeAndEveryMessage)
     }
 }
 
+
+// A plain line is read in one pass; a line whose name is quoted goes to
+// the full reader.  Both must give the same node, or the same message.
+TEST(TreeParser, PlainLinesReadAsTheFullReaderReadsThem)
+{
+    const char *rests[] = {
+        " data=x loopcnt=5 defval=d deffunc=f iseditag=1 type=loop edidata=opt edilen=3 "
+        "edimaxlen=-4 editype=float ediforce=mand edialign=right valid=7",
+        " loopcnt=-2147483648 edilen=+2147483647 edimaxlen=007 valid=-0",
+        " loopcnt=2147483648",
+        " loopcnt=-2147483649",
+        " loopcnt=99999999999999999999",
+        " loopcnt=+",
+        " loopcnt=-",
+        " loopcnt=1x",
+        " type=bogus",
+        " type=lo",
+        " editype=floats",
+        " data=1 data=2",
+        " nosuch=1",
+        " data=",
+        " =x",
+        " data",
+        " data==x",
+        "\tdata=x\t iseditag=2",
+        "  data=x   ",
+        " data=x\r",
+        " data=a\\b/c#d",
+        " data=\xc3\xa9",
+        " data=x\"y\"",
+        "=x",
+        "",
+    };
+    for (const char *rest : rests) {
+        auto read = [](const std::string &text) {
+            datatree_t *tree = nullptr;
+            std::string err = capture_stderr(
+                [&] { tree = edihost_parsetree(text.data(), text.size(), "test"); });
+            std::string got = tree != nullptr ? testsupport::dump(tree) : err;
+            if (tree != nullptr)
+                freedatatree(tree);
+            return got;
+        };
+        std::string plain = "edi\n  n" + std::string(rest) + "\n";
+        std::string quoted = "edi\n  \"n\"" + std::string(rest) + "\n";
+        EXPECT_EQ(read(plain), read(quoted)) << rest;
+    }
+}
