@@ -1,6 +1,6 @@
-// The segment writer: editraverse walks a configuration tree top down and
-// writeeditag writes the segment of each tag node with the values that the
-// value rule finds for its elements.
+// The segment writer: editraverse is the configuration walk
+// (tree/configwalk) with writeeditag, which writes the segment of each tag
+// node with the values that the value rule finds for its elements.
 //
 // A segment is put together in memory, every separator included, before
 // it is known whether a later element has a value.  At its end it is cut
@@ -16,6 +16,7 @@
 #include <strings.h>
 
 #include "../internal.h"
+#include "../tree/configwalk.h"
 
 namespace ediprot {
 
@@ -97,46 +98,33 @@ int writeeditag(FILE *fp, datatree_t *head, datatree_t *outcf, const char *loop)
     return 0;
 }
 
+namespace {
+
+void writetag(FILE *fp, datatree_t *head, datatree_t *tag, const char *loop)
+{
+    writeeditag(fp, head, tag, loop);
+}
+
+void tracestart(const datatree_t *outcf, const char *loop)
+{
+    TRACE(2, "editraverse start <%s> loop <%s>\n", outcf->xmltag, loop);
+}
+
+void tracefound(const datatree_t *tp, const char *lb, const datatree_t *xnode)
+{
+    TRACE(2, "editraverse <%s> loop <%s>, xnod %p\n", tp->xmltag, lb,
+          static_cast<const void *>(xnode));
+}
+
+// One counter for all loop nodes of a chain: a loop node behind another
+// one goes on from the number at which the first one stopped.
+const walkformat edifactwalk = {writetag, true, nullptr, tracestart, nullptr, nullptr, tracefound};
+
+}  // namespace
+
 int editraverse(FILE *fp, datatree_t *head, datatree_t *outcf, const char *loop)
 {
-    if (outcf == nullptr)
-        return 0;
-    TRACE(2, "editraverse start <%s> loop <%s>\n", outcf->xmltag, loop);
-
-    // The loop string of this level.  Loop strings are short, so it
-    // lives inside the string object (no allocation per call), and it
-    // takes no stack of its own size at any depth.
-    std::string lb;
-    // One counter for all loop nodes of this chain: a loop node behind
-    // another one goes on from the number at which the first one stopped.
-    int i = 0;
-    for (datatree_t *tp = outcf; tp != nullptr; tp = tp->next) {
-        lb.assign(loop);
-        if (tp->xmltag[0] == '*') {
-            for (;;) {
-                i++;
-                lb.assign(loop);
-                if (loop[0] != '\0')
-                    lb += '.';
-                lb += std::to_string(i);
-                // A loop string that no longer fits would stop changing
-                // with i and so never end the loop.
-                if (lb.size() >= static_cast<size_t>(kTextMax))
-                    break;
-                datatree_t *xnode = searchloopinstance(pathfornode(tp, 0), lb.c_str(), head, tp->xmltag);
-                if (xnode == nullptr)
-                    break;
-                TRACE(2, "editraverse <%s> loop <%s>, xnod %p\n", tp->xmltag, lb.c_str(),
-                      static_cast<void *>(xnode));
-                editraverse(fp, head, tp->child, lb.c_str());
-            }
-        } else if (tp->xmltag[0] == '$') {
-            writeeditag(fp, head, tp, lb.c_str());
-        } else if (tp->child != nullptr) {
-            editraverse(fp, head, tp->child, lb.c_str());
-        }
-    }
-    return 0;
+    return configwalk(edifactwalk, fp, head, outcf, loop);
 }
 
 }  // namespace ediprot

@@ -1,12 +1,11 @@
-// The record writer: walks a configuration tree and writes one line for
-// every record tag node that has a node in the data tree, and keeps the
+// The record writer: the configuration walk (tree/configwalk) with one
+// line for every record tag node that has a node in the data tree, and the
 // record counters that the trailer prints.
 #include <stdio.h>
 #include <string.h>
 
-#include <memory>
-
 #include "../internal.h"
+#include "../tree/configwalk.h"
 
 namespace ediprot {
 
@@ -76,48 +75,47 @@ void writevdarecord(FILE *fp, datatree_t *head, datatree_t *outcf, const char *l
     TRACE(1, "len %d\n", len);
 }
 
+namespace {
+
+void toolong(const datatree_t *loopnode)
+{
+    fprintf(stderr, "vdatraverse: loop string too long at <%s>\n", loopnode->xmltag);
+}
+
+void tracestart(const datatree_t *outcf, const char *loop)
+{
+    TRACE(1, "vdatraverse start <%s> loop <%s>\n", outcf->xmltag, loop);
+}
+
+void tracenode(const datatree_t *tp)
+{
+    TRACE(1, "vdatraverse tag: <%s>, next <%s>\n", tp->xmltag,
+          tp->next != nullptr ? tp->next->xmltag : "no next");
+}
+
+void tracesearch(const char *path, const char *lb, const datatree_t *xnode)
+{
+    TRACE(1, "vdatraverse: path <%s>\n", path != nullptr ? path : "(null)");
+    if (xnode == nullptr)
+        TRACE(1, "no node: lb <%s>\n", lb);
+}
+
+void tracefound(const datatree_t *tp, const char *lb, const datatree_t *xnode)
+{
+    TRACE(2, "vdatraverse <%s> loop <%s>, xnode %p, name <%s>\n", tp->xmltag, lb,
+          static_cast<const void *>(xnode), xnode->xmltag);
+}
+
+// Each loop node counts its instances from 1, until the data tree has no
+// loop node of its own for the next number.
+const walkformat vdawalk = {writevdarecord, false, toolong, tracestart, tracenode, tracesearch,
+                            tracefound};
+
+}  // namespace
+
 int vdatraverse(FILE *fp, datatree_t *head, datatree_t *outcf, const char *loop)
 {
-    if (outcf == nullptr)
-        return 0;
-    TRACE(1, "vdatraverse start <%s> loop <%s>\n", outcf->xmltag, loop);
-
-    // The loop string lies on the heap: a buffer of this size in every
-    // level of a deeply nested configuration would use up the stack.
-    std::unique_ptr<char[]> lbuf(new char[kTextMax]);
-    char *const lb = lbuf.get();
-    const size_t lbsize = kTextMax;
-    for (datatree_t *tp = outcf; tp != nullptr; tp = tp->next) {
-        snprintf(lb, lbsize, "%s", loop);
-        TRACE(1, "vdatraverse tag: <%s>, next <%s>\n", tp->xmltag,
-              tp->next != nullptr ? tp->next->xmltag : "no next");
-        if (tp->xmltag[0] == '*') {
-            // Each loop node counts its instances from 1, until the data
-            // tree has no loop node of its own for the next number.
-            for (int i = 1;; i++) {
-                int n = snprintf(lb, lbsize, "%s%s%d", loop, loop[0] != '\0' ? "." : "", i);
-                if (n < 0 || static_cast<size_t>(n) >= lbsize) {
-                    fprintf(stderr, "vdatraverse: loop string too long at <%s>\n", tp->xmltag);
-                    break;
-                }
-                char *path = pathfornode(tp, 0);
-                datatree_t *xnode = searchloopinstance(path, lb, head, tp->xmltag);
-                TRACE(1, "vdatraverse: path <%s>\n", path != nullptr ? path : "(null)");
-                if (xnode == nullptr) {
-                    TRACE(1, "no node: lb <%s>\n", lb);
-                    break;
-                }
-                TRACE(2, "vdatraverse <%s> loop <%s>, xnode %p, name <%s>\n", tp->xmltag, lb,
-                      static_cast<void *>(xnode), xnode->xmltag);
-                vdatraverse(fp, head, tp->child, lb);
-            }
-        } else if (tp->xmltag[0] == '$') {
-            writevdarecord(fp, head, tp, lb);
-        } else if (tp->child != nullptr) {
-            vdatraverse(fp, head, tp->child, lb);
-        }
-    }
-    return 0;
+    return configwalk(vdawalk, fp, head, outcf, loop);
 }
 
 }  // namespace ediprot
