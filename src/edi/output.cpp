@@ -19,6 +19,20 @@ bool fail(const std::string &path, const char *reason)
     return false;
 }
 
+// A new temporary file "PATH.XXXXXX" beside `path`, with the mode a new
+// file gets (mkstemp makes it private); its descriptor, or -1 with errno.
+int besidefile(const std::string &path, std::string &tmp)
+{
+    tmp = path + ".XXXXXX";
+    int fd = mkstemp(tmp.data());
+    if (fd < 0)
+        return -1;
+    mode_t mask = umask(0);
+    umask(mask);
+    fchmod(fd, 0666 & ~mask);
+    return fd;
+}
+
 // Writes all of text to fp and closes it (stdout is only flushed); 0, or
 // the errno of the first failure.
 int putall(FILE *fp, const std::string &text)
@@ -51,14 +65,10 @@ bool writewhole(const std::string &path, const std::string &text)
     }
     // A file is written under a temporary name and renamed into place, so
     // that it is there whole or not at all.
-    std::string tmp = path + ".XXXXXX";
-    int fd = mkstemp(tmp.data());
+    std::string tmp;
+    int fd = besidefile(path, tmp);
     if (fd < 0)
         return fail(path, strerror(errno));
-    // mkstemp makes the file private; give it the mode a new file gets.
-    mode_t mask = umask(0);
-    umask(mask);
-    fchmod(fd, 0666 & ~mask);
     FILE *fp = fdopen(fd, "w");
     if (fp == nullptr) {
         int err = errno;
@@ -101,16 +111,12 @@ OutputFile::OutputFile(const std::string &path) : path_(path)
             name_ = folder_ + "/output";
         return;
     }
-    std::string tmp = path + ".XXXXXX";
-    int fd = mkstemp(tmp.data());
+    std::string tmp;
+    int fd = besidefile(path, tmp);
     if (fd < 0) {
         fail(path, strerror(errno));
         return;
     }
-    // mkstemp makes the file private; give it the mode a new file gets.
-    mode_t mask = umask(0);
-    umask(mask);
-    fchmod(fd, 0666 & ~mask);
     close(fd);
     name_ = tmp;
     beside_ = true;
