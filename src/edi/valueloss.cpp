@@ -94,6 +94,13 @@ std::string change(const char *value, const datatree_t *cf, const char *charset)
 
 namespace {
 
+// A tag node: marked so by a read, or by its name, as the writer knows it
+// (a tree written by hand carries no marks).
+bool istag(const datatree_t *tp)
+{
+    return tp->iseditag != 0 || (tp->xmltag != nullptr && tp->xmltag[0] == '$');
+}
+
 // One message's walk.  The values among a node's children are looked at
 // before anything below them, then the children are walked in order.
 struct Walk {
@@ -121,7 +128,7 @@ struct Walk {
         for (const datatree_t *c = dp->child; c != nullptr; c = c->next, i++) {
             if (confs[i] == nullptr)
                 continue;
-            const bool named = !names.empty() || c->iseditag != 0;
+            const bool named = !names.empty() || istag(c);
             if (named)
                 names.push_back(c->xmltag);
             node(c, confs[i]);
@@ -134,7 +141,7 @@ struct Walk {
     // "$TAG.COMPOSITE.ELEMENT"; a value outside any tag is named by nothing.
     std::string where(const datatree_t *c) const
     {
-        if (names.empty() && c->iseditag == 0)
+        if (names.empty() && !istag(c))
             return "";
         std::string w;
         for (const char *n : names)
