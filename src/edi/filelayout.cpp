@@ -13,7 +13,8 @@ const char *const nocut = " edimaxlen=8191";
 
 std::string twodigits(size_t n)
 {
-    return (n < 10 ? "0" : "") + std::to_string(n);
+    std::string digits = std::to_string(n);
+    return n < 10 ? digits.insert(0, 1, '0') : digits;
 }
 
 // True if the element holds components as the module cuts them: its first
@@ -30,7 +31,10 @@ struct TagNames {
     std::string next(const std::string &tag)
     {
         int n = ++seen[tag];
-        return "$" + tag + (n == 1 ? "" : "_" + std::to_string(n));
+        std::string name = "$" + tag;
+        if (n > 1)
+            name.append("_").append(std::to_string(n));
+        return name;
     }
 };
 

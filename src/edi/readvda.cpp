@@ -72,7 +72,8 @@ long traceline(const std::string &l)
 // ("S" and its first three characters), as the module looks it up.
 bool configured(const datatree_t *config, const std::string &line)
 {
-    std::string key = "S" + line.substr(0, std::min<size_t>(3, line.find('\0')));
+    std::string key = "S";
+    key.append(line, 0, std::min<size_t>(3, line.find('\0')));
     std::vector<const datatree_t *> todo{config};
     while (!todo.empty()) {
         const datatree_t *tp = todo.back();
