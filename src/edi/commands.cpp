@@ -35,9 +35,11 @@ datatree_t *loadtree(const std::string &path)
     // what a reservation holds beyond the tree is never touched.
     reservetree(json ? in.text.size() / 25
                      : static_cast<size_t>(std::count(in.text.begin(), in.text.end(), '\n')));
-    if (json)
-        return jsontotree(in.text, path);
-    return edihost_parsetree(in.text.data(), in.text.size(), path.c_str());
+    datatree_t *tree = json ? jsontotree(in.text, path)
+                            : edihost_parsetree(in.text.data(), in.text.size(), path.c_str());
+    // Trees parsed later (configurations) take their memory as usual.
+    edihost_reservenodes(0);
+    return tree;
 }
 
 namespace {
