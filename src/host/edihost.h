@@ -88,7 +88,8 @@ char *edihost_internname(const char *s);
  * to the system once every node taken from it is freed; until then it is
  * held whole.  A host that frees or reallocates a parsed node's texts
  * itself, with free(), must not use this.  A new call ends the previous
- * reservation of the thread; 0 bytes just ends it.  Returns 0, or -1 when
+ * reservation of the thread, and so does the thread's end; 0 bytes just
+ * ends it.  Returns 0, or -1 when
  * the system refused the memory (nothing changes then). */
 int edihost_reservenodes(size_t bytes);
 

@@ -38,13 +38,6 @@ struct slot {
 slot slots[kSlots];
 std::atomic<int> used{0};  // slots [0, used) may hold a store
 
-// The reserving thread's store: where the next node or text goes.
-struct filler {
-    slot *where = nullptr;
-    char *next = nullptr, *limit = nullptr;
-};
-thread_local filler mine;
-
 void unmap(slot &s)
 {
     uintptr_t b = s.begin.exchange(0, std::memory_order_acq_rel);
@@ -53,16 +46,34 @@ void unmap(slot &s)
         munmap(reinterpret_cast<void *>(b), e - b);
 }
 
-// The thread's store no longer filled; gone if nothing in it lives.
+// The store no longer filled; gone if nothing in it lives.
+void endfilling(slot &s)
+{
+    s.filling.store(false, std::memory_order_release);
+    if (s.live.load(std::memory_order_acquire) == 0 && !s.filling.exchange(true))
+        unmap(s);
+}
+
+// The reserving thread's store: where the next node or text goes.  A
+// thread that ends leaves its store like a call with 0 bytes.
+struct filler {
+    slot *where = nullptr;
+    char *next = nullptr, *limit = nullptr;
+    ~filler()
+    {
+        if (where != nullptr)
+            endfilling(*where);
+    }
+};
+thread_local filler mine;
+
 void finish()
 {
     if (mine.where == nullptr)
         return;
-    slot &s = *mine.where;
-    s.filling.store(false, std::memory_order_release);
-    if (s.live.load(std::memory_order_acquire) == 0 && !s.filling.exchange(true))
-        unmap(s);
-    mine = filler{};
+    endfilling(*mine.where);
+    mine.where = nullptr;
+    mine.next = mine.limit = nullptr;
 }
 
 slot *storeof(const void *p)
@@ -147,6 +158,8 @@ extern "C" int edihost_reservenodes(size_t bytes)
     finish();
     if (bytes == 0)
         return 0;
+    if (bytes > SIZE_MAX / 2)
+        return -1;
     // Whole large pages, on a large page's boundary, so that the system
     // can back the store with them.
     bytes = (bytes + kLargePage - 1) / kLargePage * kLargePage;
@@ -174,7 +187,9 @@ extern "C" int edihost_reservenodes(size_t bytes)
         int n = used.load();
         while (n < i + 1 && !used.compare_exchange_weak(n, i + 1)) {
         }
-        mine = filler{&s, static_cast<char *>(p), static_cast<char *>(p) + bytes};
+        mine.where = &s;
+        mine.next = static_cast<char *>(p);
+        mine.limit = static_cast<char *>(p) + bytes;
         return 0;
     }
     munmap(p, bytes);

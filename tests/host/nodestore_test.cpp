@@ -9,6 +9,7 @@
 #include <unistd.h>
 
 #include <string>
+#include <thread>
 
 #include "edihost.h"
 #include "testsupport.h"
@@ -92,6 +93,21 @@ TEST(NodeStore, TheMemoryGoesBackWithTheLastNodeOnceTheReservationEnds)
     ASSERT_NE(tree, nullptr);
     at = tree;
     edihost_reservenodes(0);
+    EXPECT_TRUE(mapped(at));
+    freedatatree(tree);
+    EXPECT_FALSE(mapped(at));
+}
+
+TEST(NodeStore, AThreadThatEndsEndsItsReservation)
+{
+    const std::string text = sampletext(3);
+    datatree_t *tree = nullptr;
+    std::thread([&] {
+        ASSERT_EQ(edihost_reservenodes(1 << 20), 0);
+        tree = edihost_parsetree(text.data(), text.size(), "t");
+    }).join();
+    ASSERT_NE(tree, nullptr);
+    const void *at = tree;
     EXPECT_TRUE(mapped(at));
     freedatatree(tree);
     EXPECT_FALSE(mapped(at));
