@@ -81,16 +81,18 @@ char *edihost_internname(const char *s);
 /* Makes about `bytes` of memory ready in one call for the nodes of the
  * trees that this thread parses next (edihost_parsetree, edihost_readtree):
  * their nodes, names and values are taken from it until it is full, then
- * from malloc as always.  For a tree of millions of nodes this saves a
- * page fault per page, which on some virtual machines is most of a read's
- * time.  A node takes about 160 bytes with a short name and value.
+ * from malloc as always.  The memory is one mapping backed by large
+ * pages where the system grants them: for a tree of millions of nodes this
+ * saves most of the page faults, which on some virtual machines are most
+ * of a read's time.  A node takes about 160 bytes with a short name and
+ * value.
  * freedatatree releases such trees as any other, and the memory goes back
  * to the system once every node taken from it is freed; until then it is
  * held whole.  A host that frees or reallocates a parsed node's texts
  * itself, with free(), must not use this.  A new call ends the previous
  * reservation of the thread, and so does the thread's end; 0 bytes just
- * ends it.  Returns 0, or -1 when
- * the system refused the memory (nothing changes then). */
+ * ends it.  Returns 0, or -1 when the system refused the memory or
+ * `bytes` is beyond half the address space (nothing changes then). */
 int edihost_reservenodes(size_t bytes);
 
 /* Aborts with "edihost: out of memory". */
