@@ -92,7 +92,8 @@ char *edihost_internname(const char *s);
  * itself, with free(), must not use this.  A new call ends the previous
  * reservation of the thread, and so does the thread's end; 0 bytes just
  * ends it.  Returns 0, or -1 when the system refused the memory or
- * `bytes` is beyond half the address space (nothing changes then). */
+ * `bytes` is beyond half the address space; the thread's previous
+ * reservation is ended all the same. */
 int edihost_reservenodes(size_t bytes);
 
 /* Aborts with "edihost: out of memory". */
