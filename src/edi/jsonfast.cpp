@@ -198,7 +198,8 @@ struct Reader {
             } else if (fd->kind == edihost::fieldkind::text) {
                 edihost::settext(tp, *fd, dup(str()));
             } else if (fd->kind == edihost::fieldkind::word && peek() == '"') {
-                int value = edihost::findword(*fd, str().c_str());
+                const std::string &word = str();
+                int value = edihost::findword(*fd, word.data(), word.size());
                 if (value < 0)
                     throw Decline{};
                 edihost::setnumber(tp, *fd, value);

@@ -118,7 +118,9 @@ int wordfield(const edihost::treefield &fd, const json &j)
     if (j.is_number_integer())
         return intfield(j, fd.key);
     if (j.is_string()) {
-        int value = edihost::findword(fd, j.get_ref<const std::string &>().c_str());
+        // The word up to a NUL, if the string holds one.
+        const char *word = j.get_ref<const std::string &>().c_str();
+        int value = edihost::findword(fd, word, strlen(word));
         if (value >= 0)
             return value;
     }

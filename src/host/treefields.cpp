@@ -72,10 +72,10 @@ void setnumber(datatree_t *tp, const treefield &fd, int value)
     memcpy(reinterpret_cast<char *>(tp) + fd.offset, &value, sizeof value);
 }
 
-int findword(const treefield &fd, const char *word)
+int findword(const treefield &fd, const char *word, size_t len)
 {
     for (int i = 0; fd.words[i] != nullptr; i++)
-        if (strcmp(fd.words[i], word) == 0)
+        if (strncmp(fd.words[i], word, len) == 0 && fd.words[i][len] == '\0')
             return i;
     return -1;
 }

@@ -34,8 +34,8 @@ void settext(datatree_t *tp, const treefield &fd, char *value);
 int getnumber(const datatree_t *tp, const treefield &fd);
 void setnumber(datatree_t *tp, const treefield &fd, int value);
 
-// The value of `word` in fd.words, or -1.
-int findword(const treefield &fd, const char *word);
+// The value of the `len` bytes at `word` in fd.words, or -1.
+int findword(const treefield &fd, const char *word, size_t len);
 
 }  // namespace edihost
 

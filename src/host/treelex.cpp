@@ -13,13 +13,6 @@ namespace edihost {
 
 namespace {
 
-// A byte that may stand in a bare token: printable ASCII except blank,
-// '"' and '='.
-bool isbare(unsigned char c)
-{
-    return c > 0x20 && c < 0x7f && c != '"' && c != '=';
-}
-
 bool needsquotes(const char *s, bool isname)
 {
     if (*s == '\0' || (isname && *s == '#'))
@@ -210,27 +203,37 @@ bool readentry(linescan &ls, std::string &name, std::vector<entryfield> &fields)
     }
 }
 
+decimal readdecimal(const char *cp, const char *end, int &value)
+{
+    const bool negative = cp != end && *cp == '-';
+    if (cp != end && (*cp == '-' || *cp == '+'))
+        cp++;
+    if (cp == end)
+        return decimal::bad;
+    long long n = 0;
+    for (; cp != end; cp++) {
+        if (*cp < '0' || *cp > '9')
+            return decimal::bad;
+        if (n <= static_cast<long long>(INT_MAX) + 1)
+            n = n * 10 + (*cp - '0');
+    }
+    n = negative ? -n : n;
+    if (n > INT_MAX || n < INT_MIN)
+        return decimal::outofrange;
+    value = static_cast<int>(n);
+    return decimal::ok;
+}
+
 bool readint(linescan &ls, const entryfield &ef, int &value)
 {
     const std::string &v = ef.value;
+    decimal d = readdecimal(v.data(), v.data() + v.size(), value);
+    if (d == decimal::ok)
+        return true;
     std::string shown;
     appendtoken(shown, v.c_str(), false);
-    size_t i = v[0] == '-' || v[0] == '+' ? 1 : 0;
-    if (i == v.size())
-        return ls.fail("bad number for " + ef.key + ": " + shown);
-    long long n = 0;
-    for (; i < v.size(); i++) {
-        if (v[i] < '0' || v[i] > '9')
-            return ls.fail("bad number for " + ef.key + ": " + shown);
-        if (n <= static_cast<long long>(INT_MAX) + 1)
-            n = n * 10 + (v[i] - '0');
-    }
-    if (v[0] == '-')
-        n = -n;
-    if (n > INT_MAX || n < INT_MIN)
-        return ls.fail("number out of range for " + ef.key + ": " + shown);
-    value = static_cast<int>(n);
-    return true;
+    return ls.fail((d == decimal::bad ? "bad number for " : "number out of range for ") + ef.key +
+                   ": " + shown);
 }
 
 bool slurpfile(const char *fn, std::string &out)

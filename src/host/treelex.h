@@ -9,6 +9,23 @@
 
 namespace edihost {
 
+// A byte that may stand in a bare token: printable ASCII except blank,
+// '"' and '='.
+inline bool isbare(unsigned char c)
+{
+    return c > 0x20 && c < 0x7f && c != '"' && c != '=';
+}
+
+// The blanks between the tokens of a line.
+inline bool isblankbyte(char c)
+{
+    return c == ' ' || c == '\t';
+}
+
+// Reads [cp, end) as a decimal int with an optional sign.
+enum class decimal { ok, bad, outofrange };
+decimal readdecimal(const char *cp, const char *end, int &value);
+
 // Appends `s` as one token: bare when it reads back unchanged, otherwise
 // in double quotes with escapes.  `isname`: the token starts a line, where
 // a leading '#' would make a comment.
@@ -31,7 +48,7 @@ struct linescan {
     std::string reason;
 
     bool atend() const { return cp == end; }
-    bool atblank() const { return cp != end && (*cp == ' ' || *cp == '\t'); }
+    bool atblank() const { return cp != end && isblankbyte(*cp); }
     void skipblanks();
     bool fail(std::string why);
 };

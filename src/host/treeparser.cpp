@@ -37,7 +37,7 @@ bool setfields(linescan &ls, datatree_t *tp, const std::vector<entryfield> &fiel
         }
         int value = 0;
         if (fd->kind == fieldkind::word) {
-            value = findword(*fd, ef.value.c_str());
+            value = findword(*fd, ef.value.data(), ef.value.size());
             if (value < 0) {
                 std::string shown;
                 appendtoken(shown, ef.value.c_str(), false);

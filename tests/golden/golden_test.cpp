@@ -50,6 +50,7 @@ std::string expandCommand(std::string cmd) {
   replaceAll(cmd, "${CONFIGS}", EDIPROT_CONFIGS);
   replaceAll(cmd, "${CORPUS}", EDIPROT_CORPUS);
   replaceAll(cmd, "${SAMPLES}", EDIPROT_SAMPLES);
+  replaceAll(cmd, "${SCRIPTS}", EDIPROT_SCRIPTS);
   const std::string bindir = fs::path(EDI_PROGRAM).parent_path().string();
   return "export PATH=" + shellQuoted(bindir) + ":\"$PATH\"; " + cmd;
 }
