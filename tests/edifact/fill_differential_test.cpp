@@ -22,6 +22,71 @@ namespace {
 
 // ---- the literal reference --------------------------------------------
 
+// The reference's own versions of the module's element copy, data test
+// and loop pruning, so that a fault in those cannot agree with itself.
+
+// The values of the segment's elements `src` go into the template leaves
+// `dst` by position; a simple element on a composite feeds the composite's
+// components from itself and the elements behind it.  Values pass
+// unchanged: the generated configurations carry no types and the values
+// no service characters.
+void copyelements(datatree_t *dst, datatree_t *src)
+{
+    for (; dst != nullptr && src != nullptr; dst = dst->next, src = src->next) {
+        if (dst->child != nullptr)
+            copyelements(dst->child, src->child != nullptr ? src->child : src);
+        else if (src->data != nullptr)
+            dst->data = strdup(src->data);
+    }
+}
+
+// Whether `tp` or any node below it holds a value ("" counts); its
+// siblings are not looked at.
+bool holdsdata(const datatree_t *tp)
+{
+    std::vector<const datatree_t *> todo{tp};
+    while (!todo.empty()) {
+        const datatree_t *np = todo.back();
+        todo.pop_back();
+        if (np->data != nullptr)
+            return true;
+        for (const datatree_t *cp = np->child; cp != nullptr; cp = cp->next)
+            todo.push_back(cp);
+    }
+    return false;
+}
+
+// Removes, bottom-up, the loop nodes of the chain at *link below which
+// nothing holds a value once pruned.  A loop node without children shares
+// the fate of the last loop node with children before it in the chain
+// (goes when there is none).  Returns whether anything left in the chain
+// holds a value: a leaf with one, or a loop node that stayed.
+bool prune(datatree_t **link)
+{
+    bool any = false;
+    bool lastloop = false;
+    while (*link != nullptr) {
+        datatree_t *tp = *link;
+        if (tp->xmltag[0] == '*') {
+            if (tp->child != nullptr)
+                lastloop = prune(&tp->child);
+            if (!lastloop) {
+                *link = tp->next;
+                tp->next = nullptr;
+                freedatatree(tp);
+                continue;
+            }
+            any = true;
+        } else if (tp->child != nullptr) {
+            any = prune(&tp->child) || any;
+        } else if (tp->data != nullptr) {
+            any = true;
+        }
+        link = &tp->next;
+    }
+    return any;
+}
+
 struct Reference {
     std::map<const datatree_t *, const datatree_t *> origin;
     datatree_t *xdata = nullptr;
@@ -51,7 +116,7 @@ struct Reference {
             if (tp->iseditag != 0) {
                 if (xdata != nullptr) {
                     if (strncasecmp(xdata->xmltag, tp->xmltag, 4) == 0) {
-                        ediprot::copytag(tp->child, xdata->child);
+                        copyelements(tp->child, xdata->child);
                         xdata = xdata->next;
                         match = 1;
                     }
@@ -63,7 +128,7 @@ struct Reference {
                 for (;;) {
                     if (fill(tp->child) < 0)
                         return -1;
-                    match = ediprot::hasdata(tp->child);
+                    match = holdsdata(tp->child) ? 1 : 0;
                     if (tp->xmltag[0] != '*' || match == 0)
                         break;
                     datatree_t *orgnext = tp->next;
@@ -125,7 +190,7 @@ struct Reference {
             drun = &(*drun)->next;
         }
         setparents(head, 0);
-        ediprot::searchemptyloop(&head->child);
+        prune(&head->child);
         number(conf->child, head->child, true);
         return head;
     }
