@@ -79,6 +79,30 @@ std::string unifiedDiff(const fs::path& expected, const fs::path& actual) {
   return out;
 }
 
+// The reader reports "no sender" and "no doctype" behind its own source
+// line number, which moves with any edit above the statement.  Such a line,
+// alone or behind "FILE: ", has its number masked; nothing else is.
+std::string maskLineNumbers(const std::string& text) {
+  std::string out;
+  for (size_t start = 0; start < text.size();) {
+    size_t end = text.find('\n', start);
+    if (end == std::string::npos) end = text.size();
+    std::string line = text.substr(start, end - start);
+    for (const std::string tail : {": no sender", ": no doctype"}) {
+      if (line.size() <= tail.size() || line.compare(line.size() - tail.size(), tail.size(), tail) != 0) continue;
+      const size_t digitsEnd = line.size() - tail.size();
+      size_t digits = digitsEnd;
+      while (digits > 0 && std::isdigit(static_cast<unsigned char>(line[digits - 1]))) digits--;
+      if (digits < digitsEnd && (digits == 0 || (digits >= 2 && line.compare(digits - 2, 2, ": ") == 0)))
+        line.replace(digits, digitsEnd - digits, "N");
+    }
+    out += line;
+    if (end < text.size()) out += '\n';
+    start = end + 1;
+  }
+  return out;
+}
+
 std::vector<std::string> caseNames() {
   std::vector<std::string> names;
   if (fs::is_directory(kCases))
@@ -136,6 +160,7 @@ TEST_P(Golden, Case) {
     const std::string got = fs::exists(actual) ? readAll(actual) : std::string();
     const std::string had = fs::exists(want) ? readAll(want) : std::string();
     if (got == had) continue;
+    if ((n == "stdout" || n == "stderr") && maskLineNumbers(got) == maskLineNumbers(had)) continue;
     const fs::path empty = results / ".empty";
     std::ofstream(empty).close();
     const std::string diff = unifiedDiff(fs::exists(want) ? want : empty, fs::exists(actual) ? actual : empty);
