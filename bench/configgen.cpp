@@ -9,7 +9,7 @@
 #include <string>
 #include <vector>
 
-#include "configgen.h"
+#include "directory/configgen.h"
 #include "edihost.h"
 
 namespace {

@@ -19,7 +19,7 @@
 #include <vector>
 
 #include "edihost.h"
-#include "jsontree.h"
+#include "trees/jsontree.h"
 #include "orderstree.h"
 
 namespace {

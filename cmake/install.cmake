@@ -1,15 +1,16 @@
 # Installation under the prefix (GNUInstallDirs layout), the CMake package
-# (find_package(ediprot) -> ediprot::ediprot, ediprot::edihost), pkg-config
+# (find_package(ediprot) -> ediprot::edi, ediprot::ediprot, ediprot::edihost), pkg-config
 # files, and a Debian package through CPack (cpack -G DEB).
 include(CMakePackageConfigHelpers)
 
 set(EDIPROT_CMAKEDIR ${CMAKE_INSTALL_LIBDIR}/cmake/ediprot)
 
-install(TARGETS ediprot edihost EXPORT ediprotTargets
+install(TARGETS ediprot edihost edilib EXPORT ediprotTargets
         LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR} COMPONENT runtime
                 NAMELINK_COMPONENT development)
 file(GLOB EDIPROT_PUBLIC_HEADERS CONFIGURE_DEPENDS
      ${CMAKE_CURRENT_SOURCE_DIR}/src/programs/ediprot.h
+     ${CMAKE_CURRENT_SOURCE_DIR}/src/lib/edi.h
      ${CMAKE_CURRENT_SOURCE_DIR}/src/host/edihost*.h)
 install(FILES ${EDIPROT_PUBLIC_HEADERS}
         DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}/ediprot COMPONENT development)
@@ -48,7 +49,7 @@ install(FILES ${CMAKE_CURRENT_BINARY_DIR}/ediprotConfig.cmake
 file(RELATIVE_PATH EDIPROT_PC_TO_PREFIX ${CMAKE_INSTALL_FULL_LIBDIR}/pkgconfig
      ${CMAKE_INSTALL_PREFIX})
 string(REGEX REPLACE "/$" "" EDIPROT_PC_TO_PREFIX "${EDIPROT_PC_TO_PREFIX}")
-foreach(pc ediprot edihost)
+foreach(pc ediprot edihost edi)
   configure_file(cmake/${pc}.pc.in ${CMAKE_CURRENT_BINARY_DIR}/${pc}.pc @ONLY)
   install(FILES ${CMAKE_CURRENT_BINARY_DIR}/${pc}.pc
           DESTINATION ${CMAKE_INSTALL_LIBDIR}/pkgconfig COMPONENT development)

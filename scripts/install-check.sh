@@ -33,6 +33,20 @@ cc "$root/tests/install/consumer/consumer.c" -o "$work/consumer-pc" \
    $(pkg-config --cflags --libs ediprot edihost) -Wl,-rpath,"$libdir"
 [ "$("$work/consumer-pc" "$config" "$sample")" = "$expected" ]
 
+# The example of docs/library.md, built against the install both ways; its
+# message count is the number of UNH segments in the file.
+interchange=$root/samples/orders-d96a.edi
+unh=$(grep -o "UNH+" "$interchange" | wc -l)
+cmake -S "$root/examples/readmessages" -B "$work/example-build" \
+      -DCMAKE_PREFIX_PATH="$prefix" >/dev/null
+cmake --build "$work/example-build" >/dev/null
+[ "$("$work/example-build/readmessages" "$interchange" | wc -l)" -eq "$unh" ]
+PKG_CONFIG_PATH=$(dirname "$(find "$prefix" -name edi.pc)") \
+  cc "$root/examples/readmessages/readmessages.c" -o "$work/readmessages-pc" \
+     $(PKG_CONFIG_PATH=$(dirname "$(find "$prefix" -name edi.pc)") pkg-config --cflags --libs edi) \
+     -Wl,-rpath,"$libdir"
+[ "$("$work/readmessages-pc" - < "$interchange" | wc -l)" -eq "$unh" ]
+
 # Debian package: made, installed by dpkg into a private root (its own
 # package database, dependencies taken as present), and run there.
 (cd "$work" && cpack -G DEB --config "$build/CPackConfig.cmake" >/dev/null 2>&1)

@@ -2,7 +2,7 @@
 
 #include <vector>
 
-#include "edihost.h"
+#include "edi.h"
 
 #ifdef EDI_WITH_MIMALLOC
 #include <mimalloc.h>
@@ -18,18 +18,10 @@ void tuneallocator()
 #endif
 }
 
-void reservetree(size_t nodes)
-{
-    // A node with a short name and value takes about 160 bytes.
-    constexpr size_t pernode = 160;
-    if (nodes >= 10000)
-        edihost_reservenodes(nodes * pernode);
-}
-
 void freeatexit(datatree_t *tree)
 {
 #if defined(__SANITIZE_ADDRESS__)
-    freedatatree(tree);
+    edi_tree_free(tree);
 #else
     static std::vector<datatree_t *> kept;
     kept.push_back(tree);

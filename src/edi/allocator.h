@@ -16,9 +16,6 @@ namespace edi {
 // (MIMALLOC_LARGE_OS_PAGES=0), nothing changes.  Called first in main.
 void tuneallocator();
 
-// Before a tree of about `nodes` nodes is built from a file: from 10,000
-// nodes on, they are taken from one reservation (edihost_reservenodes).
-void reservetree(size_t nodes);
 
 // Frees a tree that the process needs no more, shortly before it ends.
 // A build for the sanitizers frees it at once, so that their leak check

@@ -9,7 +9,7 @@
 #include <algorithm>
 #include <map>
 
-#include "output.h"
+#include "paths.h"
 
 namespace edi {
 

@@ -4,262 +4,208 @@
 #include <stdlib.h>
 #include <string.h>
 
-#include <algorithm>
-#include <memory>
 #include <vector>
 
 #include "allocator.h"
-#include "edihost.h"
 #include "batch.h"
-#include "capture.h"
-#include "jsontree.h"
-#include "output.h"
-#include "readinput.h"
-#include "validatefile.h"
-#include "writeedifact.h"
+#include "edi.h"
+#include "paths.h"
 
 namespace edi {
 
-// A tree file in the tree text format or JSON, told apart by its first
-// character that is not white space.
-datatree_t *loadtree(const std::string &path)
-{
-    InputText in(path);
-    if (!in.ok)
-        return nullptr;
-    size_t first = in.text.find_first_not_of(" \t\r\n");
-    const bool json = first != std::string::npos && (in.text[first] == '{' || in.text[first] == '[');
-    // A node is a line of tree text; counting them costs little.  A JSON
-    // text is four times as long, so its nodes are estimated instead: a
-    // node object with a short name and value takes 25 bytes or more, and
-    // what a reservation holds beyond the tree is never touched.
-    reservetree(json ? in.text.size() / 25
-                     : static_cast<size_t>(std::count(in.text.begin(), in.text.end(), '\n')));
-    datatree_t *tree = json ? jsontotree(in.text, path)
-                            : edihost_parsetree(in.text.data(), in.text.size(), path.c_str());
-    // Trees parsed later (configurations) take their memory as usual.
-    edihost_reservenodes(0);
-    return tree;
-}
-
 namespace {
 
-std::string treetext(const datatree_t *tree)
+// The characters the writer's UNA declares; a value holding one of them
+// would break the UNB that the module writes around it.
+const char servicechars[] = "+:'?";
+
+bool refusevalue(const char *what, const std::string &v)
 {
-    char *buf = nullptr;
-    size_t len = 0;
-    FILE *fp = open_memstream(&buf, &len);
-    if (fp == nullptr)
-        edihost_outofmemory();
-    edihost_writetree(fp, tree);
-    fclose(fp);
-    std::string text(buf, len);
-    free(buf);
-    return text;
+    if (v.find_first_of(servicechars) == std::string::npos)
+        return false;
+    fprintf(stderr,
+            "edi: %s '%s' holds a separator or the release character (+ : ' ?), which would "
+            "break the interchange header; give the identification without them.\n",
+            what, v.c_str());
+    return true;
 }
 
-// A writable copy: the module may cut sender and recipient in place.
-std::vector<char> writable(const std::string &s)
+// The pointers of a list of strings, for the library's options.
+std::vector<const char *> pointers(const std::vector<std::string> &v)
 {
-    return std::vector<char>(s.c_str(), s.c_str() + s.size() + 1);
+    std::vector<const char *> p;
+    for (const std::string &s : v)
+        p.push_back(s.c_str());
+    return p;
 }
 
-// The module writes the trailer of a VDA file itself, counting the records
-// it wrote; a trailer record read from the file stands under the root and
-// would be written as one more record before it.  So it is left out.
-void droptrailers(datatree_t *tree)
+// Exit status of a result: 0, 1 or 2 as the library says, 1 for none.
+Exit statusof(const edi_result *res)
 {
-    for (datatree_t *root = tree; root != nullptr; root = root->next) {
-        datatree_t **tpp = &root->child;
-        while (*tpp != nullptr) {
-            datatree_t *tp = *tpp;
-            if (tp->xmltag != nullptr && strcmp(tp->xmltag, "$S519") == 0) {
-                *tpp = tp->next;
-                tp->next = nullptr;
-                freedatatree(tp);
-            } else {
-                tpp = &tp->next;
-            }
-        }
-    }
-}
-
-// vdawrite writes to a scratch file, so that OUT is written whole or not
-// at all and no message names the scratch file.  Of what the module says,
-// the "dnode" line it writes for every record is shown only under
-// --verbose (a file of 100,000 records would bring 100,000 of them); the
-// other lines are named by the tree file, and a sentence follows a missing
-// mandatory element (the records are written all the same) or a failure.
-Exit writevdafile(const Module &mod, const Options &opt, datatree_t *tree, datatree_t *config)
-{
-    // The module writes the records file under a name of its own beside
-    // the output, and its messages name the output.
-    OutputFile file(opt.output);
-    if (file.name().empty())
-        return exit_failed;
-    const std::string &written = file.name();
-    std::vector<char> out = writable(written);
-    std::vector<char> sender = writable(opt.sender);
-    std::vector<char> recipient = writable(opt.recipient);
-    StderrCapture cap(opt.trace < 0);
-    int rc = mod.vdawrite(tree, out.data(), nullptr, nullptr, config, sender.data(),
-                          recipient.data(), opt.test);
-    std::vector<std::string> lines;
-    size_t missing = 0;
-    for (std::string &line : cap.lines()) {
-        if (!opt.verbose && line.compare(0, 7, "dnode: ") == 0)
-            continue;
-        for (size_t at = line.find(written); at != std::string::npos;
-             at = line.find(written, at + opt.output.size()))
-            line.replace(at, written.size(), opt.output);
-        if (line.find("mandatory element") != std::string::npos)
-            missing++;
-        lines.push_back(line);
-    }
-    const std::string &name = opt.inputs[0];
-    printprefixed(name, lines);
-    if (rc != 0) {
-        fprintf(stderr, "%s: the record file could not be written (see the lines above); "
-                        "nothing was kept.\n", name.c_str());
+    switch (edi_result_status(res)) {
+    case 0:
+        return exit_ok;
+    case 2:
+        return exit_usage;
+    default:
         return exit_failed;
     }
-    if (missing > 0)
-        fprintf(stderr,
-                "%s: %zu mandatory element%s missing; the VDA writer writes every record all "
-                "the same, with the default or blanks in place of %s; fill %s in the tree or "
-                "give %s a default in the configuration.\n",
-                name.c_str(), missing, missing == 1 ? " is" : "s are",
-                missing == 1 ? "it" : "each", missing == 1 ? "it" : "them",
-                missing == 1 ? "it" : "them");
-    return file.keep() ? exit_ok : exit_failed;
 }
 
 }  // namespace
 
-datatree_t *readworkingcopy(const Module &mod, const Options &opt, datatree_t *config,
-                            const std::string &name, const std::string &text, envelope_t **ev)
+void printfinding(const edi_finding *f, bool verbose, FILE *out)
 {
-    (void)opt;  // the options a choice of configuration by the working copy's UNH would use
-    std::vector<char> fn = writable(name);
-    edihost_setinput(name.c_str(), text.data(), text.size());
-    datatree_t *tree = mod.edifactread(fn.data(), ev, config, nullptr);
-    edihost_clearinput();
-    return tree;
+    if ((f->verbose == 1 && !verbose) || (f->verbose == 2 && verbose))
+        return;
+    if (f->file[0] != '\0')
+        fprintf(out, "%s: %s\n", f->file, f->text);
+    else
+        fprintf(out, "%s\n", f->text);
 }
 
-Exit readone(const Module &mod, const Options &opt, const std::vector<datatree_t *> &configs,
-             const std::string &input, const std::string &out)
+void printfindings(const edi_result *res, bool verbose, FILE *out)
+{
+    for (size_t i = 0; i < edi_result_finding_count(res); i++)
+        printfinding(edi_result_finding(res, i), verbose, out);
+}
+
+Exit readone(const Options &opt, const std::string &input, const std::string &out)
 {
     bool vda = opt.command == "vda-read";
-    ReadResult res = vda ? readvdainput(mod, opt, configs.back(), input)
-                         : readedifactinput(mod, opt, configs, input);
-    if (res.tree == nullptr) {
-        // What the directory says about a file that did not read helps most.
-        if (opt.validate && !vda)
-            validatefile(input, stderr);
-        return exit_failed;
+    std::vector<const char *> configs = pointers(opt.configs);
+    edi_options o;
+    edi_options_init(&o);
+    o.raw = opt.raw;
+    o.keep_going = opt.keepgoing;
+    o.trace = opt.trace;
+    o.servconf = opt.servconf.empty() ? nullptr : opt.servconf.c_str();
+    if (!vda) {
+        o.configs = configs.data();
+        o.nconfigs = configs.size();
+        o.validate = opt.validate;
     }
-    const char *key = res.keys.empty() ? nullptr : res.keys[0].c_str();
-    std::string text;
-    if (opt.format == "json") {
-        JsonMeta meta;
-        if (!res.changes.empty())
-            meta.emplace_back("changes", res.changes);
-        if (res.keys.size() > 1)
-            meta.emplace_back("keys", res.keys);
-        text = treetojson(res.tree, key, meta);
-    } else {
-        text = treetext(res.tree);
-        for (const std::string &k : res.keys)
-            fprintf(stderr, "edi: %s: key %s\n", input.c_str(), k.c_str());
+    edi_result *res = vda ? edi_vda_read(input.c_str(), opt.configs.back().c_str(), &o)
+                          : edi_read(input.c_str(), &o);
+    // Read findings on stderr; validation findings come behind the tree.
+    std::vector<const edi_finding *> validation;
+    for (size_t i = 0; i < edi_result_finding_count(res); i++) {
+        const edi_finding *f = edi_result_finding(res, i);
+        if (f->kind == EDI_FINDING_VALIDATION)
+            validation.push_back(f);
+        else
+            printfinding(f, opt.verbose, stderr);
     }
-    freedatatree(res.tree);
-    if (!writewhole(out, text))
-        return exit_failed;
-    // The module's read is the same with or without --validate; the
-    // findings come behind it, on stderr, and fail the input.
-    return opt.validate && validatefile(input, stderr) != 0 ? exit_failed : exit_ok;
+    Exit status = statusof(res);
+    if (edi_result_tree(res) != nullptr) {
+        size_t len = 0;
+        char *text = nullptr;
+        if (opt.format == "json") {
+            text = edi_result_json(res);
+            len = text != nullptr ? strlen(text) : 0;
+        } else {
+            text = edi_tree_to_text(edi_result_tree(res), &len);
+            for (size_t k = 0; k < edi_result_count(res); k++)
+                fprintf(stderr, "edi: %s: key %s\n", input.c_str(), edi_result_item(res, k));
+        }
+        edi_result *saved = edi_save(out.c_str(), text, len);
+        printfindings(saved, opt.verbose, stderr);
+        if (edi_result_status(saved) != 0)
+            status = exit_failed;
+        edi_result_free(saved);
+        edi_free(text);
+    }
+    for (const edi_finding *f : validation)
+        printfinding(f, opt.verbose, stderr);
+    edi_result_free(res);
+    return status;
 }
 
 Exit validatecommand(const Options &opt)
 {
     Exit status = exit_ok;
-    for (const std::string &input : expandinputs(opt.inputs))
-        if (validatefile(input, stdout) != 0)
+    for (const std::string &input : expandinputs(opt.inputs)) {
+        edi_result *res = edi_validate(input.c_str());
+        // Findings on stdout: they are the command's result; a file that
+        // cannot be read is a failure on stderr.
+        for (size_t i = 0; i < edi_result_finding_count(res); i++) {
+            const edi_finding *f = edi_result_finding(res, i);
+            printfinding(f, opt.verbose, f->kind == EDI_FINDING_VALIDATION ? stdout : stderr);
+        }
+        if (edi_result_status(res) != 0)
             status = exit_failed;
+        edi_result_free(res);
+    }
     return status;
 }
 
-Exit readcommand(const Module &mod, const Options &opt)
+Exit readcommand(const Options &opt)
 {
-    // Without --config the module chooses by the service configurations:
-    // one NULL configuration stands for that.
-    std::vector<datatree_t *> configs;
-    auto release = [&configs] {
-        for (datatree_t *c : configs)
-            if (c != nullptr)
-                freedatatree(c);
-    };
-    for (const std::string &c : opt.configs) {
-        configs.push_back(edihost_readtree(c.c_str()));
-        if (configs.back() == nullptr) {
-            release();
-            return exit_failed;
-        }
-    }
-    if (configs.empty())
-        configs.push_back(nullptr);
-    if (!opt.servconf.empty() && edihost_loadservconf(opt.servconf.c_str()) != 0) {
-        release();
-        return exit_failed;
-    }
-
     std::vector<std::string> inputs = expandinputs(opt.inputs);
     bool fromfolder = false;
     for (const std::string &in : opt.inputs)
         fromfolder = fromfolder || isfolder(in);
     bool tofolder =
         !opt.output.empty() && (inputs.size() > 1 || fromfolder || isfolder(opt.output));
-    Exit status = exit_ok;
     if (tofolder && !isfolder(opt.output)) {
         fprintf(stderr, "edi: %s: not a folder (several inputs need a folder for -o)\n",
                 opt.output.c_str());
-        status = exit_usage;
-    } else if (opt.jobs > 0) {
-        status = readbatch(inputs, opt, [&](const std::string &input) {
-            return readone(mod, opt, configs, input,
-                           tofolder ? infolder(opt.output, input, opt.format) : opt.output);
-        });
-    } else {
-        for (const std::string &input : inputs) {
-            Exit rc = readone(mod, opt, configs, input,
-                              tofolder ? infolder(opt.output, input, opt.format) : opt.output);
-            if (rc != exit_ok)
-                status = rc;
-        }
+        return exit_usage;
     }
-    release();
-    edihost_clearservconf();
+    auto one = [&](const std::string &input) {
+        return readone(opt, input, tofolder ? infolder(opt.output, input, opt.format) : opt.output);
+    };
+    if (opt.jobs > 0)
+        return readbatch(inputs, opt, one);
+    Exit status = exit_ok;
+    for (const std::string &input : inputs) {
+        Exit rc = one(input);
+        if (rc != exit_ok)
+            status = rc;
+    }
     return status;
 }
 
-Exit writecommand(const Module &mod, const Options &opt)
+Exit writecommand(const Options &opt)
 {
-    if (opt.command == "write")
-        return writeedifact(mod, opt);
-    datatree_t *config = edihost_readtree(opt.config.c_str());
-    if (config == nullptr)
+    bool vda = opt.command == "vda-write";
+    if (!vda && (refusevalue("--sender", opt.sender) || refusevalue("--recipient", opt.recipient) ||
+                 refusevalue("--reference", opt.reference)))
+        return exit_usage;
+    const std::string &name = opt.inputs[0];
+    edi_result *loaded = edi_tree_load(name.c_str());
+    printfindings(loaded, opt.verbose, stderr);
+    datatree_t *tree = edi_result_take_tree(loaded);
+    edi_result_free(loaded);
+    if (tree == nullptr)
         return exit_failed;
-    datatree_t *tree = loadtree(opt.inputs[0]);
-    if (tree == nullptr) {
-        freedatatree(config);
-        return exit_failed;
-    }
-    droptrailers(tree);
-    Exit rc = writevdafile(mod, opt, tree, config);
+
+    std::vector<const char *> configs = pointers(opt.configs);
+    edi_write_options w;
+    edi_write_options_init(&w);
+    w.configs = configs.data();
+    w.nconfigs = configs.size();
+    w.message = opt.message.empty() ? nullptr : opt.message.c_str();
+    w.sender = opt.sender.c_str();
+    w.recipient = opt.recipient.c_str();
+    w.reference = opt.reference.empty() ? nullptr : opt.reference.c_str();
+    w.test = opt.test;
+    w.exact = opt.exact;
+    w.name = name.c_str();
+    w.output = opt.output.c_str();
+    w.trace = opt.trace;
+    edi_result *res = vda ? edi_vda_write(tree, opt.config.c_str(), &w) : edi_write(tree, &w);
     freeatexit(tree);
-    freedatatree(config);
-    return rc;
+    printfindings(res, opt.verbose, stderr);
+    Exit status = statusof(res);
+    if (status == exit_ok && edi_result_save(res, opt.output.empty() ? "-" : opt.output.c_str()) != 0) {
+        // The failure to save is the last finding.
+        size_t n = edi_result_finding_count(res);
+        printfinding(edi_result_finding(res, n - 1), opt.verbose, stderr);
+        status = exit_failed;
+    }
+    edi_result_free(res);
+    return status;
 }
 
 }  // namespace edi

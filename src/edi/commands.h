@@ -1,22 +1,26 @@
-// The commands of the edi program.
+// The commands of the edi program: options to the library's calls, its
+// findings to stderr (or stdout for validate), its status to exit codes.
 #ifndef EDI_COMMANDS_H
 #define EDI_COMMANDS_H
 
+#include <stdio.h>
+
 #include <string>
 
-#include "module.h"
+#include "edi.h"
 #include "options.h"
 
 namespace edi {
 
-// A tree file in the tree text format or JSON, told apart by its first
-// character that is not white space; NULL after a message.
-datatree_t *loadtree(const std::string &path);
-
-Exit readcommand(const Module &mod, const Options &opt);   // read, vda-read
-Exit writecommand(const Module &mod, const Options &opt);  // write, vda-write
+Exit readcommand(const Options &opt);   // read, vda-read
+Exit writecommand(const Options &opt);  // write, vda-write
 // validate: findings against the directories on stdout; exit 1 if any.
 Exit validatecommand(const Options &opt);
+
+// "FILE: TEXT" (or TEXT alone) for a finding the user is to see: details
+// only with --verbose, their summaries only without.
+void printfinding(const edi_finding *f, bool verbose, FILE *out);
+void printfindings(const edi_result *res, bool verbose, FILE *out);
 
 }  // namespace edi
 

@@ -1,4 +1,4 @@
-// edi config: the generator of the host layer behind a command, so that a
+// edi config: the library's configuration generator behind a command, so that a
 // user never writes a configuration tree by hand for a standard message.
 #include "configcmd.h"
 
@@ -8,8 +8,8 @@
 #include <string>
 #include <vector>
 
-#include "autoconfig.h"
-#include "configgen.h"
+#include "commands.h"
+#include "edi.h"
 
 namespace edi {
 namespace {
@@ -42,44 +42,34 @@ int configcommand(int argc, char **argv)
         } else
             words.push_back(a);
     }
-    std::string dir = directoriesdir();
-    if (list && words.empty()) {
-        auto all = edihost::directories(dir);
-        if (all.empty()) {
-            fprintf(stderr, "edi: no directories found in %s\n", dir.c_str());
-            return 1;
-        }
-        for (auto &d : all)
-            printf("%s\n", d.c_str());
-        return 0;
-    }
-    if (list ? words.size() != 1 : words.size() != 2) {
+    if (list ? words.size() > 1 : words.size() != 2) {
         fputs(usage_text, stderr);
         return 2;
     }
-    std::string directory = list ? words[0] : words[1];
-    edihost::Directory d;
-    std::string err;
-    if (!d.load(dir, directory, err) && !list) {
-        fprintf(stderr, "edi: %s\n", missingmessage(words[0], directory, false).c_str());
-        return 1;
-    }
-    if (d.data == nullptr) {
-        auto all = edihost::directories(dir);
-        std::string have = all.empty() ? "none in " + dir : all.front() + " ... " + all.back();
-        fprintf(stderr, "edi: %s (directories: %s; edi config --list)\n", err.c_str(), have.c_str());
+    edi_result *res = list ? edi_config_list(words.empty() ? nullptr : words[0].c_str())
+                           : edi_config(words[0].c_str(), words[1].c_str(), out);
+    printfindings(res, false, stderr);
+    int status = edi_result_status(res);
+    if (status != 0) {
+        edi_result_free(res);
         return 1;
     }
     if (list) {
-        for (auto &[type, name] : d.messages())
-            printf("%-7s %s\n", type.c_str(), name.c_str());
+        for (size_t i = 0; i < edi_result_count(res); i++) {
+            std::string item = edi_result_item(res, i);
+            size_t tab = item.find('\t');
+            if (tab == std::string::npos)
+                printf("%s\n", item.c_str());
+            else
+                printf("%-7s %s\n", item.substr(0, tab).c_str(), item.c_str() + tab + 1);
+        }
+        edi_result_free(res);
         return 0;
     }
-    std::string text;
-    if (!d.config(words[0], out, text, err)) {
-        fprintf(stderr, "edi: %s\n", missingmessage(words[0], directory, true).c_str());
-        return 1;
-    }
+    size_t len = 0;
+    const char *t = edi_result_text(res, &len);
+    std::string text(t != nullptr ? t : "", len);
+    edi_result_free(res);
     FILE *f = output.empty() ? stdout : fopen(output.c_str(), "wb");
     if (!f) {
         fprintf(stderr, "edi: cannot write %s\n", output.c_str());

@@ -1,5 +1,5 @@
 // edi: converts EDIFACT interchanges and VDA record files to trees (tree
-// text or JSON) and back, through the ediprot module.
+// text or JSON) and back, through libedi.
 #include <stdio.h>
 
 #include <string>
@@ -7,8 +7,6 @@
 #include "allocator.h"
 #include "commands.h"
 #include "configcmd.h"
-#include "ediprot.h"
-#include "module.h"
 #include "options.h"
 
 #ifndef EDIPROT_VERSION
@@ -32,15 +30,9 @@ int main(int argc, char **argv)
         printf("edi %s\n", EDIPROT_VERSION);
         return edi::exit_ok;
     }
-    if (opt.trace >= 0)
-        tracelevel = static_cast<int>(static_cast<unsigned>(opt.trace) << 28);
-
     if (opt.command == "validate")
         return edi::validatecommand(opt);
-    edi::Module mod;
-    if (!edi::loadmodule(mod))
-        return edi::exit_failed;
     if (opt.command == "read" || opt.command == "vda-read")
-        return edi::readcommand(mod, opt);
-    return edi::writecommand(mod, opt);
+        return edi::readcommand(opt);
+    return edi::writecommand(opt);
 }

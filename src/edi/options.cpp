@@ -6,7 +6,7 @@
 #include <string.h>
 #include <strings.h>
 
-#include "output.h"
+#include "paths.h"
 
 namespace edi {
 

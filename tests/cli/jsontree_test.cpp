@@ -6,7 +6,8 @@
 
 #include <string>
 
-#include "jsontree.h"
+#include "findings/report.h"
+#include "trees/jsontree.h"
 #include "testsupport.h"
 
 using namespace testsupport;
@@ -21,7 +22,8 @@ std::string throughjson(const std::string &treetext)
         return "<no tree>";
     std::string json = edi::treetojson(tree, "KEY");
     freedatatree(tree);
-    datatree_t *back = edi::jsontotree(json, "test.json");
+    edi::Report rep;
+    datatree_t *back = edi::jsontotree(json, "test.json", rep);
     if (back == nullptr)
         return "<not imported>";
     std::string text = dump(back);
@@ -56,7 +58,8 @@ TEST(JsonTree, EveryByteOfNamesAndValuesSurvivesAndNullStaysApartFromEmpty)
     tree->data = strdup(bytes.c_str());
     std::string json = edi::treetojson(tree, nullptr);
     EXPECT_EQ(json.find("\"key\""), std::string::npos);
-    datatree_t *back = edi::jsontotree(json, "test.json");
+    edi::Report rep;
+    datatree_t *back = edi::jsontotree(json, "test.json", rep);
     ASSERT_NE(back, nullptr);
     EXPECT_EQ(std::string(back->xmltag), bytes);
     EXPECT_EQ(std::string(back->data), bytes);
@@ -99,9 +102,11 @@ TEST(JsonTree, ImportRefusesWhatIsNoTreeWithOneMessageNamingTheFile)
     };
     for (const auto &c : cases) {
         datatree_t *tree = reinterpret_cast<datatree_t *>(1);
-        std::string err = capture_stderr([&] { tree = edi::jsontotree(c.json, "t.json"); });
+        edi::Report rep;
+        tree = edi::jsontotree(c.json, "t.json", rep);
         EXPECT_EQ(tree, nullptr) << c.json;
-        EXPECT_EQ(err, c.message) << c.json;
+        ASSERT_EQ(rep.items().size(), 1u) << c.json;
+        EXPECT_EQ(rep.items()[0].file + ": " + rep.items()[0].text + "\n", c.message) << c.json;
     }
 }
 
@@ -112,11 +117,11 @@ TEST(JsonTree, ANodeFailingDeepInsideFreesWhatWasBuilt)
     for (int i = 0; i < 100; i++)
         json += "{\"name\": \"n\", \"data\": \"v\", \"children\": [{\"name\": \"k\"}]},";
     json += "{\"name\": \"bad\", \"type\": \"nowhere\"}]}";
-    std::string err;
-    datatree_t *tree = nullptr;
-    err = capture_stderr([&] { tree = edi::jsontotree(json, "t.json"); });
+    edi::Report rep;
+    datatree_t *tree = edi::jsontotree(json, "t.json", rep);
     EXPECT_EQ(tree, nullptr);
-    EXPECT_EQ(err, "t.json: bad value of \"type\"\n");
+    ASSERT_EQ(rep.items().size(), 1u);
+    EXPECT_EQ(rep.items()[0].text, "bad value of \"type\"");
 }
 
 }  // namespace

@@ -13,11 +13,10 @@
 
 #include <nlohmann/json.hpp>
 
-#include "configgen.h"
+#include "directory/configgen.h"
 #include "edihost.h"
-#include "internal.h"
 #include "testsupport.h"
-#include "validate.h"
+#include "directory/validate.h"
 
 namespace {
 

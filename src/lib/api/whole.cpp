@@ -1,0 +1,327 @@
+// Whole inputs and outputs through the C interface: a read into one tree,
+// VDA files, writes, validation, configurations and tree formats.
+#include <errno.h>
+#include <stdlib.h>
+#include <string.h>
+#include <unistd.h>
+
+#include <new>
+
+#include "api/objects.h"
+#include "directory/autoconfig.h"
+#include "directory/configgen.h"
+#include "directory/validatefile.h"
+#include "edihost.h"
+#include "files/output.h"
+#include "trees/jsontree.h"
+#include "trees/treeload.h"
+#include "write/writeedifact.h"
+
+using namespace edi;
+
+namespace {
+
+// Runs `body` on a new result; out of memory gives a failed result, or
+// NULL when not even that can be made.
+template <typename F>
+edi_result *withresult(F body)
+{
+    edi_result *res = nullptr;
+    try {
+        res = newresult();
+        body(*res);
+        return res;
+    } catch (const std::bad_alloc &) {
+        if (res == nullptr)
+            return nullptr;
+        if (res->tree != nullptr)
+            freedatatree(res->tree);
+        res->tree = nullptr;
+        res->status = 1;
+        try {
+            res->rep.fail("", "edi: out of memory");
+        } catch (...) {
+        }
+        return res;
+    }
+}
+
+// The bytes of `path` ("-": standard input).
+bool inputbytes(const std::string &path, std::string &bytes, Report &rep)
+{
+    if (path != "-")
+        return readwhole(path, bytes, rep);
+    return readwhole("/dev/stdin", bytes, rep);
+}
+
+void readinto(edi_result &res, const std::string &name, std::string bytes,
+              const edi_options *opt, bool ok)
+{
+    Settings s;
+    std::vector<datatree_t *> configs;
+    if (!ok || !takeoptions(opt, s, configs, res.rep)) {
+        res.status = 1;
+        return;
+    }
+    const Module *mod = themodule(res.rep);
+    if (mod == nullptr) {
+        for (datatree_t *c : configs)
+            freedatatree(c);
+        res.status = 1;
+        return;
+    }
+    std::string copy = opt != nullptr && opt->validate ? bytes : std::string();
+    ReadResult rr = readedifactinput(*mod, s, configs, name, std::move(bytes), res.rep);
+    for (datatree_t *c : configs)
+        freedatatree(c);
+    res.tree = rr.tree;
+    res.items = rr.keys;
+    res.changes = rr.changes;
+    // The module's read is the same with or without validation; the
+    // findings come behind it and fail the read.
+    if (opt != nullptr && opt->validate && validatefile(name, copy, res.rep) > 0)
+        res.status = 1;
+    if (rr.tree == nullptr)
+        res.status = 1;
+}
+
+}  // namespace
+
+extern "C" {
+
+edi_result *edi_read(const char *path, const edi_options *opt)
+{
+    return withresult([&](edi_result &res) {
+        std::string name = path != nullptr ? path : "";
+        std::string bytes;
+        bool ok = inputbytes(name, bytes, res.rep);
+        readinto(res, name, std::move(bytes), opt, ok);
+    });
+}
+
+edi_result *edi_read_memory(const void *data, size_t len, const char *name,
+                            const edi_options *opt)
+{
+    return withresult([&](edi_result &res) {
+        std::string bytes = data != nullptr ? std::string(static_cast<const char *>(data), len)
+                                            : std::string();
+        readinto(res, name != nullptr ? name : "input", std::move(bytes), opt, true);
+    });
+}
+
+char *edi_result_json(const edi_result *res)
+{
+    if (res == nullptr || res->tree == nullptr)
+        return nullptr;
+    try {
+        JsonMeta meta;
+        if (!res->changes.empty())
+            meta.emplace_back("changes", res->changes);
+        if (res->items.size() > 1)
+            meta.emplace_back("keys", res->items);
+        const char *key = res->items.empty() ? nullptr : res->items[0].c_str();
+        return cstring(treetojson(res->tree, key, meta), nullptr);
+    } catch (const std::bad_alloc &) {
+        return nullptr;
+    }
+}
+
+edi_result *edi_vda_read(const char *path, const char *config, const edi_options *opt)
+{
+    return withresult([&](edi_result &res) {
+        res.status = 1;
+        std::string name = path != nullptr ? path : "";
+        Settings s;
+        std::vector<datatree_t *> none;
+        std::string bytes;
+        if (!takeoptions(opt, s, none, res.rep))
+            return;
+        for (datatree_t *c : none)
+            freedatatree(c);
+        datatree_t *conf = config != nullptr ? loadconfig(config, res.rep) : nullptr;
+        if (conf == nullptr) {
+            if (config == nullptr)
+                res.rep.fail(name, "a VDA read needs its configuration");
+            return;
+        }
+        const Module *mod = themodule(res.rep);
+        if (mod != nullptr && inputbytes(name, bytes, res.rep)) {
+            ReadResult rr = readvdainput(*mod, s, conf, name, bytes, res.rep);
+            res.tree = rr.tree;
+            res.changes = rr.changes;
+            res.status = rr.tree != nullptr ? 0 : 1;
+        }
+        freedatatree(conf);
+    });
+}
+
+edi_result *edi_vda_write(datatree_t *tree, const char *config, const edi_write_options *opt)
+{
+    return withresult([&](edi_result &res) {
+        Settings s = takewriteoptions(opt);
+        res.status = 1;
+        if (tree == nullptr) {
+            res.rep.fail(s.name, "the tree holds no record");
+            return;
+        }
+        datatree_t *conf = config != nullptr ? loadconfig(config, res.rep) : nullptr;
+        if (conf == nullptr) {
+            if (config == nullptr)
+                res.rep.fail(s.name, "a VDA write needs its configuration");
+            return;
+        }
+        const Module *mod = themodule(res.rep);
+        if (mod != nullptr) {
+            res.status = writevda(*mod, s, tree, conf, res.text, res.rep);
+            res.hastext = res.status == 0;
+        }
+        freedatatree(conf);
+    });
+}
+
+edi_result *edi_write(datatree_t *tree, const edi_write_options *opt)
+{
+    return withresult([&](edi_result &res) {
+        Settings s = takewriteoptions(opt);
+        std::vector<datatree_t *> configs;
+        res.status = 1;
+        for (size_t i = 0; opt != nullptr && opt->configs != nullptr && i < opt->nconfigs; i++) {
+            datatree_t *c = opt->configs[i] != nullptr ? loadconfig(opt->configs[i], res.rep)
+                                                       : nullptr;
+            if (c == nullptr) {
+                for (datatree_t *k : configs)
+                    freedatatree(k);
+                return;
+            }
+            configs.push_back(c);
+        }
+        const Module *mod = themodule(res.rep);
+        if (mod == nullptr) {
+            for (datatree_t *k : configs)
+                freedatatree(k);
+            return;
+        }
+        res.status = writeedifact(*mod, s, tree, std::move(configs), res.text, res.rep);
+        res.hastext = res.status == 0;
+    });
+}
+
+edi_result *edi_validate(const char *path)
+{
+    return withresult([&](edi_result &res) {
+        std::string name = path != nullptr ? path : "";
+        std::string bytes;
+        if (!inputbytes(name, bytes, res.rep)) {
+            res.status = 1;
+            return;
+        }
+        res.status = validatefile(name, bytes, res.rep) > 0 ? 1 : 0;
+    });
+}
+
+edi_result *edi_validate_memory(const void *data, size_t len, const char *name)
+{
+    return withresult([&](edi_result &res) {
+        std::string bytes = data != nullptr ? std::string(static_cast<const char *>(data), len)
+                                            : std::string();
+        res.status = validatefile(name != nullptr ? name : "input", bytes, res.rep) > 0 ? 1 : 0;
+    });
+}
+
+edi_result *edi_config(const char *message, const char *directory, int outbound)
+{
+    return withresult([&](edi_result &res) {
+        res.status = 1;
+        std::string type = message != nullptr ? message : "";
+        std::string dir = directory != nullptr ? directory : "";
+        edihost::Directory d;
+        std::string err;
+        if (!d.load(directoriesdir(), dir, err)) {
+            res.rep.fail("", "edi: " + missingmessage(type, dir, false));
+            return;
+        }
+        if (!d.config(type, outbound != 0, res.text, err)) {
+            res.rep.fail("", "edi: " + missingmessage(type, dir, true));
+            return;
+        }
+        res.hastext = true;
+        res.tree = parsetree(res.text, type + " of " + dir, res.rep);
+        res.status = res.tree != nullptr ? 0 : 1;
+    });
+}
+
+edi_result *edi_config_list(const char *directory)
+{
+    return withresult([&](edi_result &res) {
+        std::string dirs = directoriesdir();
+        if (directory == nullptr) {
+            res.items = edihost::directories(dirs);
+            if (res.items.empty()) {
+                res.rep.fail("", "edi: no directories found in " + dirs);
+                res.status = 1;
+            }
+            return;
+        }
+        edihost::Directory d;
+        std::string err;
+        if (!d.load(dirs, directory, err)) {
+            auto all = edihost::directories(dirs);
+            std::string have = all.empty() ? "none in " + dirs : all.front() + " ... " + all.back();
+            res.rep.fail("", "edi: " + err + " (directories: " + have + "; edi config --list)");
+            res.status = 1;
+            return;
+        }
+        for (auto &[type, name] : d.messages())
+            res.items.push_back(type + "\t" + name);
+    });
+}
+
+char *edi_directories_path(void)
+{
+    try {
+        return cstring(directoriesdir(), nullptr);
+    } catch (const std::bad_alloc &) {
+        return nullptr;
+    }
+}
+
+char *edi_tree_to_text(const datatree_t *tree, size_t *len)
+{
+    if (tree == nullptr)
+        return nullptr;
+    try {
+        return cstring(treetext(tree), len);
+    } catch (const std::bad_alloc &) {
+        return nullptr;
+    }
+}
+
+char *edi_tree_to_json(const datatree_t *tree, size_t *len)
+{
+    if (tree == nullptr)
+        return nullptr;
+    try {
+        return cstring(treetojson(tree, nullptr), len);
+    } catch (const std::bad_alloc &) {
+        return nullptr;
+    }
+}
+
+edi_result *edi_tree_parse(const char *text, size_t len, const char *name)
+{
+    return withresult([&](edi_result &res) {
+        std::string_view t = text != nullptr ? std::string_view(text, len) : std::string_view();
+        res.tree = parsetree(t, name != nullptr ? name : "tree", res.rep);
+        res.status = res.tree != nullptr ? 0 : 1;
+    });
+}
+
+edi_result *edi_tree_load(const char *path)
+{
+    return withresult([&](edi_result &res) {
+        res.tree = loadtree(path != nullptr ? path : "", res.rep);
+        res.status = res.tree != nullptr ? 0 : 1;
+    });
+}
+
+}  // extern "C"

@@ -1,0 +1,65 @@
+// What an operation of the library found: every sentence the edi command
+// prints, kept as a record with its place, in the order it arose.  The
+// library never prints; a front end prints the records it wants to show.
+#ifndef EDI_REPORT_H
+#define EDI_REPORT_H
+
+#include <stddef.h>
+
+#include <string>
+#include <vector>
+
+#include "edi.h"
+
+namespace edi {
+
+struct Finding {
+    edi_finding_kind kind = EDI_FINDING_FAILURE;
+    edi_severity severity = EDI_SEVERITY_ERROR;
+    std::string file;     // the input or output it is about; "" for none
+    int message = 0;      // message number in the file, from 1; 0: none
+    size_t segment = 0;   // segment position in its message, UNH is 1; 0: none
+    std::string tag;      // segment tag or record type; "" for none
+    std::string element;  // element name or path; "" for none
+    std::string text;     // the sentence, as printed behind "FILE: "
+    // 0: always shown; detail: shown on request only; summary: stands for
+    // details and is shown only when they are not.
+    int verbose = 0;
+    static constexpr int detail = 1, summary = 2;
+};
+
+class Report {
+public:
+    // Appends a finding and returns it, for the caller to add its place.
+    Finding &add(edi_finding_kind kind, edi_severity severity, const std::string &file,
+                 const std::string &text);
+    // A failure: why the operation did not give its result.
+    Finding &fail(const std::string &file, const std::string &text)
+    {
+        return add(EDI_FINDING_FAILURE, EDI_SEVERITY_ERROR, file, text);
+    }
+    // What the working copy changed: shown on request only.
+    Finding &change(const std::string &file, const std::string &text)
+    {
+        Finding &f = add(EDI_FINDING_CHANGED, EDI_SEVERITY_INFO, file, text);
+        f.verbose = Finding::detail;
+        return f;
+    }
+    // The module's own lines, each a finding as the module wrote it.
+    void module(const std::string &file, const std::vector<std::string> &lines);
+
+    bool failed() const;
+    const std::vector<Finding> &items() const { return items_; }
+    void append(const Report &other);
+
+    // The C view of finding i, valid while the report is unchanged.
+    const edi_finding *view(size_t i) const;
+
+private:
+    std::vector<Finding> items_;
+    mutable std::vector<edi_finding> views_;
+};
+
+}  // namespace edi
+
+#endif

@@ -1,0 +1,91 @@
+// One input of a read: its working copies, the module's calls, and what
+// the library has to say about them, as findings.
+#ifndef EDI_READINPUT_H
+#define EDI_READINPUT_H
+
+#include <map>
+#include <memory>
+#include <string>
+#include <vector>
+
+#include "ediprot.h"
+#include "findings/report.h"
+#include "module/module.h"
+#include "settings.h"
+#include "text/envelope.h"
+
+namespace edi {
+
+// What a read of a whole input gives.
+struct ReadResult {
+    datatree_t *tree = nullptr;         // owned by the caller; NULL on failure
+    std::vector<std::string> keys;      // one per working copy the module keyed
+    std::vector<std::string> changes;   // what the working copies changed
+};
+
+// One working copy as the module read it.
+struct UnitRead {
+    datatree_t *tree = nullptr;  // the root the module gave; owned by the receiver
+    Unit unit;
+    std::string text;            // the working copy the module read
+    std::string key;             // the service configuration key, if any
+};
+
+class Generated;
+
+// An EDIFACT interchange read working copy by working copy.  Each copy is
+// an interchange (or part of one) of messages of one type; configurations
+// are taken as given (one for all, or one per message type), else from the
+// service configuration, else generated from the directory each UNH names,
+// else taken from the message itself.  With settings.raw the module gets
+// the bytes untouched as one copy.
+class EdifactReading {
+public:
+    EdifactReading(const Module &mod, const Settings &opt, std::vector<datatree_t *> configs,
+                   std::string input, std::string bytes, Report &rep);
+    ~EdifactReading();
+    EdifactReading(const EdifactReading &) = delete;
+    EdifactReading &operator=(const EdifactReading &) = delete;
+
+    // The next working copy as read, in file order; false at the end or
+    // after a failure (reported; failed() is then true).
+    bool next(UnitRead &out);
+    bool failed() const { return failed_; }
+    // What the working copies changed, so far.
+    const std::vector<std::string> &changes() const { return changes_; }
+    // The messages the envelope counted.
+    int messages() const { return messages_; }
+
+private:
+    bool prepare(std::string bytes);
+    const Module &mod_;
+    Settings opt_;
+    std::vector<datatree_t *> configs_;
+    std::string input_;
+    Report &rep_;
+    std::vector<Unit> units_;
+    size_t at_ = 0;
+    bool failed_ = false;
+    int messages_ = 0;
+    std::vector<std::string> changes_;
+    std::unique_ptr<Generated> gen_;
+};
+
+// The whole input into one tree, the messages of all working copies under
+// the first root in file order and numbered as one read numbers them.
+ReadResult readedifactinput(const Module &mod, const Settings &opt,
+                            const std::vector<datatree_t *> &configs, const std::string &input,
+                            std::string bytes, Report &rep);
+
+// Reads a VDA record file; records the module could not place make it fail
+// unless opt.keepgoing.
+ReadResult readvdainput(const Module &mod, const Settings &opt, datatree_t *config,
+                        const std::string &input, const std::string &bytes, Report &rep);
+
+// Numbers the message nodes of a root 1, 2, ... per run of one type, as
+// one read of them all would.
+void renumbermessages(datatree_t *root);
+
+}  // namespace edi
+
+#endif

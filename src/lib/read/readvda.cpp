@@ -1,0 +1,205 @@
+#include <stdio.h>
+#include <stdlib.h>
+#include <string.h>
+
+#include <algorithm>
+#include <mutex>
+
+#include "module/capture.h"
+#include "edihost.h"
+#include "files/output.h"
+#include "read/readinput.h"
+#include "findings/report.h"
+#include "text/segments.h"
+
+namespace edi {
+
+namespace {
+
+constexpr size_t recordwidth = 128;
+
+bool isrecordtype(const std::string &line)
+{
+    return line.size() >= 3 && line[0] == '5' && line[1] == '1' && line[2] >= '1' &&
+           line[2] <= '9';
+}
+
+// The lines of the working copy: a byte-order mark taken off, a file
+// without line ends cut into records of 128 characters, every line closed
+// by a line end (the module takes the last character of a line off
+// unseen).
+std::vector<std::string> workinglines(const std::string &bytes, bool raw,
+                                      std::vector<std::string> &changes)
+{
+    std::string text = bytes;
+    if (!raw && text.compare(0, 3, "\xEF\xBB\xBF") == 0) {
+        text.erase(0, 3);
+        changes.push_back("byte-order mark taken off");
+    }
+    std::vector<std::string> lines;
+    if (!raw && text.find_first_of("\r\n") == std::string::npos && text.size() > recordwidth) {
+        for (size_t i = 0; i < text.size(); i += recordwidth)
+            lines.push_back(text.substr(i, recordwidth) + "\n");
+        changes.push_back("no line ends: read as " + std::to_string(lines.size()) +
+                          " records of 128 characters");
+        return lines;
+    }
+    size_t start = 0;
+    while (start < text.size()) {
+        size_t nl = text.find('\n', start);
+        size_t end = nl == std::string::npos ? text.size() : nl + 1;
+        lines.push_back(text.substr(start, end - start));
+        start = end;
+    }
+    if (!raw && !lines.empty() && lines.back().back() != '\n') {
+        lines.back() += "\n";
+        changes.push_back("line end added behind the last line");
+    }
+    return lines;
+}
+
+// "hh:mm:ss.mmm (ediprot       :LINE): N: len ..." gives the line number N
+// the module is at; 0 for any other line.
+long traceline(const std::string &l)
+{
+    const size_t prefix = 36;
+    if (l.size() <= prefix || l[13] != '(' || l.compare(33, 3, "): ") != 0)
+        return 0;
+    char *end = nullptr;
+    long n = strtol(l.c_str() + prefix, &end, 10);
+    return strncmp(end, ": len ", 6) == 0 ? n : 0;
+}
+
+// True if a node of the configuration answers the record key of `line`
+// ("S" and its first three characters), as the module looks it up.
+bool configured(const datatree_t *config, const std::string &line)
+{
+    std::string key = "S";
+    key.append(line, 0, std::min<size_t>(3, line.find('\0')));
+    std::vector<const datatree_t *> todo{config};
+    while (!todo.empty()) {
+        const datatree_t *tp = todo.back();
+        todo.pop_back();
+        for (; tp != nullptr; tp = tp->next) {
+            if (tp->xmltag != nullptr && tp->xmltag[0] != '\0' && key == tp->xmltag + 1)
+                return true;
+            if (tp->child != nullptr)
+                todo.push_back(tp->child);
+        }
+    }
+    return false;
+}
+
+// A line without any character but blanks and line ends carries nothing.
+bool blankline(const std::string &l)
+{
+    return l.find_first_not_of(" \r\n") == std::string::npos;
+}
+
+bool modulemessage(const std::string &l)
+{
+    return l.compare(0, 10, "insrecord:") == 0 || l.compare(0, 8, "vdaread:") == 0 ||
+           l.find("missing in vdaconf") != std::string::npos;
+}
+
+}  // namespace
+
+ReadResult readvdainput(const Module &mod, const Settings &opt, datatree_t *config,
+                        const std::string &input, const std::string &bytes, Report &rep)
+{
+    ReadResult res;
+    std::vector<std::string> lines = workinglines(bytes, opt.raw, res.changes);
+    bool anyrecord = false;
+    for (const std::string &l : lines)
+        anyrecord = anyrecord || isrecordtype(l);
+    if (!anyrecord) {
+        rep.fail(input, "holds no VDA record (no line begins with a record type 511 to 519); "
+                        "check that this is a VDA record file.");
+        return res;
+    }
+    for (const std::string &c : res.changes)
+        rep.change(input, c);
+    std::string text;
+    for (const std::string &l : lines)
+        text += l;
+
+    // The module's trace of level 1 names each line before its records are
+    // placed, so a refusal of insrecord can be put to its line.
+    bool watch = opt.trace < 0;
+    std::vector<std::string> out;
+    envelope_t *ev = nullptr;
+    datatree_t *tree = nullptr;
+    {
+        std::lock_guard<std::recursive_mutex> hold(modulelock());
+        int savedlevel = tracelevel;
+        tracelevel = static_cast<int>(static_cast<unsigned>(watch ? 2 : opt.trace) << 28);
+        std::vector<char> fn(input.c_str(), input.c_str() + input.size() + 1);
+        edihost_setinput(input.c_str(), text.data(), text.size());
+        StderrCapture cap(watch);
+        tree = mod.vdaread(fn.data(), &ev, config, nullptr);
+        out = cap.lines();
+        edihost_clearinput();
+        tracelevel = savedlevel;
+    }
+
+    long at = 0;
+    std::vector<std::string> lost;
+    // Lines of a record type the configuration does not know: the module
+    // passes them over without a word.
+    std::vector<bool> unknown(lines.size());
+    if (tree != nullptr)
+        for (size_t i = 0; i < lines.size(); i++)
+            unknown[i] = !blankline(lines[i]) && !configured(config, lines[i]);
+    for (const std::string &l : out) {
+        if (long n = traceline(l)) {
+            at = n;
+            if (n > 0 && static_cast<size_t>(n) <= lines.size() && unknown[n - 1]) {
+                std::string type = lines[n - 1].substr(0, 3);
+                Finding &f = rep.add(EDI_FINDING_LEFT_OUT, EDI_SEVERITY_ERROR, input,
+                                     "line " + std::to_string(n) + ": record type " +
+                                         printable(type) + " is not in the configuration");
+                f.segment = static_cast<size_t>(n);
+                f.tag = type;
+                lost.push_back("line " + std::to_string(n) + " (" + printable(type) + ")");
+            }
+        } else if (modulemessage(l)) {
+            std::string where;
+            if (l.compare(0, 10, "insrecord:") == 0 && at > 0 &&
+                static_cast<size_t>(at) <= lines.size()) {
+                std::string type = printable(lines[at - 1].substr(0, 3));
+                where = "line " + std::to_string(at) + ": record " + type + ": ";
+                lost.push_back("line " + std::to_string(at) + " (" + type + ")");
+            }
+            rep.add(EDI_FINDING_MODULE, EDI_SEVERITY_ERROR, input, where + l);
+        }
+    }
+    if (tree == nullptr) {
+        rep.fail(input, "the configuration has no record 511, so it describes no VDA file; give a "
+                        "VDA configuration.");
+        return res;
+    }
+    if (!lost.empty()) {
+        std::string list;
+        for (const std::string &s : lost)
+            list += (list.empty() ? "" : ", ") + s;
+        std::string sentence =
+            std::to_string(lost.size()) + " record" + (lost.size() == 1 ? "" : "s") +
+            " left out of the tree (" + list +
+            "): the configuration knows no such record type, or its places hold one record of a "
+            "type per call-off and one call-off per file; see docs/vda.md" +
+            (opt.keepgoing ? "" : ", or give --keep-going to accept the tree without them") + ".";
+        if (opt.keepgoing)
+            rep.add(EDI_FINDING_LEFT_OUT, EDI_SEVERITY_WARNING, input, sentence);
+        else
+            rep.fail(input, sentence);
+        res.changes.push_back("left out of the tree: " + list);
+        if (!opt.keepgoing) {
+            freedatatree(tree);
+            return res;
+        }
+    }
+    res.tree = tree;
+    return res;
+}
+
+}  // namespace edi

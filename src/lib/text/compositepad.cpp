@@ -1,0 +1,88 @@
+#include "text/compositepad.h"
+
+#include <ctype.h>
+
+#include <map>
+#include <vector>
+
+#include "text/segments.h"
+
+namespace edi {
+
+namespace {
+
+// Per segment tag, the element positions (1 = first behind the tag) that
+// are composite in every tag node of that tag.
+using Composites = std::map<std::string, std::vector<bool>>;
+
+void collect(const datatree_t *config, Composites &out)
+{
+    std::vector<const datatree_t *> todo{config};
+    while (!todo.empty()) {
+        const datatree_t *n = todo.back();
+        todo.pop_back();
+        for (const datatree_t *c = n->child; c != nullptr; c = c->next)
+            todo.push_back(c);
+        if (n->iseditag == 0 || n->xmltag == nullptr || n->xmltag[0] == '\0')
+            continue;
+        std::string tag;
+        for (const char *p = n->xmltag + 1; *p != '\0' && tag.size() < 3; p++)
+            tag += static_cast<char>(toupper(static_cast<unsigned char>(*p)));
+        std::vector<bool> mine{false};
+        for (const datatree_t *e = n->child; e != nullptr; e = e->next)
+            mine.push_back(e->child != nullptr);
+        auto it = out.find(tag);
+        if (it == out.end()) {
+            out.emplace(tag, mine);
+            continue;
+        }
+        std::vector<bool> &all = it->second;
+        for (size_t i = 0; i < all.size(); i++)
+            all[i] = all[i] && i < mine.size() && mine[i];
+    }
+}
+
+}  // namespace
+
+std::string padcomposites(const std::string &text, const datatree_t *config, size_t &count)
+{
+    count = 0;
+    if (config == nullptr)
+        return text;
+    Composites composites;
+    collect(config, composites);
+    std::string out;
+    out.reserve(text.size() + text.size() / 16);
+    for (const Segment &s : cutsegments(text)) {
+        auto it = composites.find(s.tag);
+        std::string_view body = segmentbody(text, s);
+        if (it == composites.end() || s.tag == "UNA" || body.size() < 4 ||
+            body[3] != s.sx.dst) {
+            out.append(text, s.begin, s.end - s.begin);
+            continue;
+        }
+        // Cut at unreleased element separators, as the reader does.
+        const std::vector<bool> &comp = it->second;
+        size_t element = 0, start = 0;
+        for (size_t i = 0; i <= body.size(); i++) {
+            bool end = i == body.size() || (body[i] == s.sx.dst && !released(body, i, 0, s.sx.rel));
+            if (!end)
+                continue;
+            std::string_view el = body.substr(start, i - start);
+            out.append(el);
+            if (element > 0 && element < comp.size() && comp[element] &&
+                el.find(s.sx.cmp) == std::string_view::npos) {
+                out += s.sx.cmp;
+                count++;
+            }
+            if (i < body.size())
+                out += body[i];
+            element++;
+            start = i + 1;
+        }
+        out.append(text, s.begin + body.size(), s.end - s.begin - body.size());
+    }
+    return out;
+}
+
+}  // namespace edi

@@ -1,0 +1,261 @@
+#include "trees/jsontree.h"
+
+#include "findings/report.h"
+
+#include <stdio.h>
+#include <stdlib.h>
+#include <string.h>
+
+#include <nlohmann/json.hpp>
+#include <stdexcept>
+
+#include "trees/jsonfast.h"
+#include "treefields.h"
+
+namespace edi {
+
+using json = nlohmann::ordered_json;
+
+namespace {
+
+// Deeper documents are refused: the conversion recurses once per level.
+constexpr int kMaxDepth = 10000;
+
+// Each byte becomes the character of the same number.
+std::string bytestoutf8(const char *s)
+{
+    std::string out;
+    for (const unsigned char *cp = reinterpret_cast<const unsigned char *>(s); *cp; cp++) {
+        if (*cp < 0x80) {
+            out += static_cast<char>(*cp);
+        } else {
+            out += static_cast<char>(0xC0 | (*cp >> 6));
+            out += static_cast<char>(0x80 | (*cp & 0x3F));
+        }
+    }
+    return out;
+}
+
+json nodetojson(const datatree_t *tp, int depth)
+{
+    if (depth > kMaxDepth)
+        throw std::runtime_error("tree deeper than 10000 levels");
+    json j;
+    j["name"] = bytestoutf8(tp->xmltag);
+    // The fields in the order and with the words of the tree text format;
+    // only those that are set.
+    for (size_t f = 0; f < edihost::ntreefields; f++) {
+        const edihost::treefield &fd = edihost::treefields[f];
+        if (fd.kind == edihost::fieldkind::text) {
+            if (const char *text = edihost::gettext(tp, fd))
+                j[fd.key] = bytestoutf8(text);
+            continue;
+        }
+        int value = edihost::getnumber(tp, fd);
+        if (value == 0)
+            continue;
+        if (fd.kind == edihost::fieldkind::word) {
+            int n = 0;
+            while (fd.words[n] != nullptr)
+                n++;
+            if (value > 0 && value < n) {  // else it stays a number
+                j[fd.key] = fd.words[value];
+                continue;
+            }
+        }
+        j[fd.key] = value;
+    }
+    if (tp->child != nullptr) {
+        json kids = json::array();
+        for (const datatree_t *cp = tp->child; cp != nullptr; cp = cp->next)
+            kids.push_back(nodetojson(cp, depth + 1));
+        j["children"] = std::move(kids);
+    }
+    return j;
+}
+
+// ---- JSON to tree --------------------------------------------------------
+
+struct Error : std::runtime_error {
+    using std::runtime_error::runtime_error;
+};
+
+char *utf8tobytes(const json &j, const char *field)
+{
+    if (!j.is_string())
+        throw Error(std::string("\"") + field + "\" is not a string");
+    const std::string &s = j.get_ref<const std::string &>();
+    std::string out;
+    for (size_t i = 0; i < s.size(); i++) {
+        unsigned char c = static_cast<unsigned char>(s[i]);
+        if (c == 0)
+            throw Error(std::string("\"") + field + "\" holds a NUL character");
+        if (c < 0x80) {
+            out += static_cast<char>(c);
+        } else if ((c == 0xC2 || c == 0xC3) && i + 1 < s.size()) {
+            unsigned char d = static_cast<unsigned char>(s[++i]);
+            out += static_cast<char>(((c & 0x1F) << 6) | (d & 0x3F));
+        } else {
+            throw Error(std::string("\"") + field + "\" holds a character above U+00FF");
+        }
+    }
+    char *cp = strdup(out.c_str());
+    if (cp == nullptr)
+        abort();
+    return cp;
+}
+
+int intfield(const json &j, const char *field)
+{
+    if (!j.is_number_integer())
+        throw Error(std::string("\"") + field + "\" is not an integer");
+    long long v = j.get<long long>();
+    if (v < INT32_MIN || v > INT32_MAX)
+        throw Error(std::string("\"") + field + "\" out of range");
+    return static_cast<int>(v);
+}
+
+int wordfield(const edihost::treefield &fd, const json &j)
+{
+    if (j.is_number_integer())
+        return intfield(j, fd.key);
+    if (j.is_string()) {
+        // The word up to a NUL, if the string holds one.
+        const char *word = j.get_ref<const std::string &>().c_str();
+        int value = edihost::findword(fd, word, strlen(word));
+        if (value >= 0)
+            return value;
+    }
+    throw Error(std::string("bad value of \"") + fd.key + "\"");
+}
+
+datatree_t *jsontonode(const json &j, int depth);
+
+// A chain of nodes from an array; freed again on any error.
+datatree_t *jsontochain(const json &arr, int depth)
+{
+    datatree_t *start = nullptr;
+    datatree_t **tpp = &start;
+    try {
+        for (const json &kid : arr) {
+            *tpp = jsontonode(kid, depth);
+            tpp = &(*tpp)->next;
+        }
+    } catch (...) {
+        if (start != nullptr)
+            freedatatree(start);
+        throw;
+    }
+    return start;
+}
+
+datatree_t *jsontonode(const json &j, int depth)
+{
+    if (depth > kMaxDepth)
+        throw Error("document deeper than 10000 levels");
+    if (!j.is_object())
+        throw Error("a node is not an object");
+    auto *tp = static_cast<datatree_t *>(calloc(1, sizeof(datatree_t)));
+    if (tp == nullptr)
+        abort();
+    try {
+        bool named = false;
+        for (auto it = j.begin(); it != j.end(); ++it) {
+            const std::string &key = it.key();
+            const json &v = it.value();
+            if (key == "name") {
+                tp->xmltag = utf8tobytes(v, "name");
+                named = true;
+            } else if (key == "children") {
+                if (!v.is_array())
+                    throw Error("\"children\" is not an array");
+                tp->child = jsontochain(v, depth + 1);
+            } else if (const edihost::treefield *fd = edihost::findfield(key.data(), key.size())) {
+                if (fd->kind == edihost::fieldkind::text) {
+                    free(edihost::gettext(tp, *fd));  // a key given twice: the last holds
+                    edihost::settext(tp, *fd, utf8tobytes(v, fd->key));
+                } else {
+                    edihost::setnumber(tp, *fd, fd->kind == edihost::fieldkind::word
+                                                    ? wordfield(*fd, v)
+                                                    : intfield(v, fd->key));
+                }
+            } else {
+                throw Error("unknown field \"" + key + "\"");
+            }
+        }
+        if (!named)
+            throw Error("a node has no \"name\"");
+    } catch (...) {
+        freedatatree(tp);
+        throw;
+    }
+    return tp;
+}
+
+}  // namespace
+
+std::string treetojson(const datatree_t *tree, const char *key, const JsonMeta &meta)
+{
+    json doc;
+    doc["format"] = "ediprot-tree";
+    doc["version"] = 1;
+    if (key != nullptr)
+        doc["key"] = bytestoutf8(key);
+    for (const auto &[name, texts] : meta) {
+        json arr = json::array();
+        for (const std::string &t : texts)
+            arr.push_back(bytestoutf8(t.c_str()));
+        doc[name] = std::move(arr);
+    }
+    if (tree == nullptr) {
+        doc["tree"] = nullptr;
+    } else if (tree->next == nullptr) {
+        doc["tree"] = nodetojson(tree, 0);
+    } else {
+        json arr = json::array();
+        for (const datatree_t *tp = tree; tp != nullptr; tp = tp->next)
+            arr.push_back(nodetojson(tp, 0));
+        doc["tree"] = std::move(arr);
+    }
+    return doc.dump(1, ' ') + "\n";
+}
+
+datatree_t *jsontotree(std::string_view text, const std::string &name, Report &rep)
+{
+    if (datatree_t *tree = jsonfast(text))
+        return tree;
+    json doc = json::parse(text.begin(), text.end(), nullptr, false);
+    if (doc.is_discarded()) {
+        rep.fail(name, "not a valid JSON document");
+        return nullptr;
+    }
+    try {
+        const json *tree = &doc;
+        if (doc.is_object() && doc.contains("format")) {
+            if (doc["format"] != "ediprot-tree")
+                throw Error("not an ediprot tree document");
+            if (!doc.contains("tree"))
+                throw Error("document has no \"tree\"");
+            tree = &doc["tree"];
+        }
+        if (tree->is_null())
+            throw Error("document holds no tree");
+        if (tree->is_array()) {
+            datatree_t *chain = jsontochain(*tree, 0);
+            if (chain == nullptr)
+                throw Error("document holds no tree");
+            setparents(chain, 0);
+            for (datatree_t *tp = chain->next; tp != nullptr; tp = tp->next)
+                setparents(tp, 0);
+            return chain;
+        }
+        datatree_t *root = jsontonode(*tree, 0);
+        setparents(root, 0);
+        return root;
+    } catch (const std::exception &e) {
+        rep.fail(name, e.what());
+        return nullptr;
+    }
+}
+
+}  // namespace edi
