@@ -30,7 +30,7 @@ int main(int argc, char **argv)
     if (names.empty())
         names = {"D96A", "D01B", "D10B"};
     for (const std::string &name : names) {
-        edihost::Directory d;
+        edi::dirs::Directory d;
         std::string err, text;
         auto t0 = clk::now();
         if (!d.load(dir, name, err)) {

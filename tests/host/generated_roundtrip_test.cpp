@@ -33,7 +33,7 @@ struct Sample {
     const json &d, &codes;
     std::string text;
     int segments = 0, sections = 0;
-    std::vector<edihost::SegmentValues> values;  // the same, for the validator
+    std::vector<edi::dirs::SegmentValues> values;  // the same, for the validator
 
     // A value the element accepts: its first code, 1 for a number, else A.
     std::string value(const std::string &id) const
@@ -102,9 +102,9 @@ TEST(GeneratedConfigs, SampleInterchangesOfEveryDirectoryReadAndWriteBack)
         std::string directory, message;
     };
     std::vector<Case> cases;
-    auto names = edihost::directories(dir);
+    auto names = edi::dirs::directories(dir);
     for (size_t i = 0; i < names.size(); i += EDIPROT_SANITIZED ? 4 : 1) {
-        edihost::Directory x;
+        edi::dirs::Directory x;
         std::string err;
         ASSERT_TRUE(x.load(dir, names[i], err)) << err;
         auto msgs = x.messages();
@@ -139,12 +139,12 @@ TEST(GeneratedConfigs, SampleInterchangesOfEveryDirectoryReadAndWriteBack)
         std::string in = testsupport::tempdir() + "/in.edi";
         std::ofstream(in) << "UNB+UNOA:3+S:14+R:14+240101:1200+1'" << s.text << "UNZ+1+1'";
 
-        edihost::Directory dd;
+        edi::dirs::Directory dd;
         std::string err, intext, outtext;
         ASSERT_TRUE(dd.load(dir, c.directory, err)) << err;
         ASSERT_TRUE(dd.config(c.message, false, intext, err)) << err;
         ASSERT_TRUE(dd.config(c.message, true, outtext, err)) << err;
-        for (const edihost::Finding &f : edihost::validate(dd, c.message, s.values))
+        for (const edi::dirs::Finding &f : edi::dirs::validate(dd, c.message, s.values))
             ADD_FAILURE() << "segment " << f.segment << " " << f.tag << ": " << f.text;
         datatree_t *incf = edihost_parsetree(intext.data(), intext.size(), "in");
         datatree_t *outcf = edihost_parsetree(outtext.data(), outtext.size(), "out");

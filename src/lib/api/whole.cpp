@@ -234,7 +234,7 @@ edi_result *edi_config(const char *message, const char *directory, int outbound)
         res.status = 1;
         std::string type = message != nullptr ? message : "";
         std::string dir = directory != nullptr ? directory : "";
-        edihost::Directory d;
+        edi::dirs::Directory d;
         std::string err;
         if (!d.load(directoriesdir(), dir, err)) {
             res.rep.fail("", "edi: " + missingmessage(type, dir, false));
@@ -255,17 +255,17 @@ edi_result *edi_config_list(const char *directory)
     return withresult([&](edi_result &res) {
         std::string dirs = directoriesdir();
         if (directory == nullptr) {
-            res.items = edihost::directories(dirs);
+            res.items = edi::dirs::directories(dirs);
             if (res.items.empty()) {
                 res.rep.fail("", "edi: no directories found in " + dirs);
                 res.status = 1;
             }
             return;
         }
-        edihost::Directory d;
+        edi::dirs::Directory d;
         std::string err;
         if (!d.load(dirs, directory, err)) {
-            auto all = edihost::directories(dirs);
+            auto all = edi::dirs::directories(dirs);
             std::string have = all.empty() ? "none in " + dirs : all.front() + " ... " + all.back();
             res.rep.fail("", "edi: " + err + " (directories: " + have + "; edi config --list)");
             res.status = 1;

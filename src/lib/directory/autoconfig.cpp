@@ -53,14 +53,14 @@ std::string missingmessage(const std::string &type, const std::string &directory
     std::string dir = directoriesdir();
     std::string what = havedir ? "directory " + directory + " has no message " + type
                                : "no directory " + directory + " for " + type;
-    std::vector<std::string> with = edihost::directorieswith(dir, type);
+    std::vector<std::string> with = edi::dirs::directorieswith(dir, type);
     if (with.empty()) {
-        std::vector<std::string> all = edihost::directories(dir);
+        std::vector<std::string> all = edi::dirs::directories(dir);
         return what + " (no directory has " + type + "; directories: " +
                (all.empty() ? "none in " + dir : all.front() + " ... " + all.back()) +
                "; edi config --list)";
     }
-    std::string near = edihost::nearest(with, directory);
+    std::string near = edi::dirs::nearest(with, directory);
     std::string in = with.size() <= 6 ? joined(with)
                                       : std::to_string(with.size()) + " directories, " +
                                             with.front() + " ... " + with.back();
@@ -88,7 +88,7 @@ datatree_t *configformessage(const std::string &msgtype, bool outbound, std::str
               ": only UN directories are known; give a configuration with --config";
         return nullptr;
     }
-    edihost::Directory d;
+    edi::dirs::Directory d;
     if (!d.load(directoriesdir(), directory, err)) {
         err = missingmessage(type, directory, false);
         return nullptr;

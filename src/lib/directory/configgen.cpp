@@ -14,7 +14,7 @@
 
 #include "directory/directorydata.h"
 
-namespace edihost {
+namespace edi::dirs {
 
 namespace {
 
@@ -307,4 +307,4 @@ std::vector<std::string> directories(const std::string &dir)
     return r;
 }
 
-}  // namespace edihost
+}  // namespace edi::dirs

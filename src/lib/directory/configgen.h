@@ -5,7 +5,7 @@
 #include <utility>
 #include <vector>
 
-namespace edihost {
+namespace edi::dirs {
 
 // Reads DIR/<directory>.json; false and a message in err when it cannot.
 struct DirectoryData;
@@ -34,4 +34,4 @@ std::vector<std::string> directorieswith(const std::string &dir, const std::stri
 // or the next later one, else the latest; empty when `have` is empty.
 std::string nearest(const std::vector<std::string> &have, const std::string &wanted);
 
-}  // namespace edihost
+}  // namespace edi::dirs

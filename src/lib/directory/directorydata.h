@@ -1,4 +1,4 @@
-// The parsed directory data behind edihost::Directory, shared by the
+// The parsed directory data behind edi::dirs::Directory, shared by the
 // generator and the validator of the host layer.
 #pragma once
 #include <map>
@@ -7,7 +7,7 @@
 
 #include <nlohmann/json.hpp>
 
-namespace edihost {
+namespace edi::dirs {
 
 struct DirectoryData {
     nlohmann::ordered_json j;
@@ -18,4 +18,4 @@ struct DirectoryData {
     std::string path;          // .../D96A.json
 };
 
-}  // namespace edihost
+}  // namespace edi::dirs

@@ -14,7 +14,7 @@
 
 #include "directory/directorydata.h"
 
-namespace edihost {
+namespace edi::dirs {
 
 namespace {
 
@@ -316,4 +316,4 @@ std::vector<Finding> validate(const Directory &d, const std::string &type,
     return std::move(c.out);
 }
 
-}  // namespace edihost
+}  // namespace edi::dirs

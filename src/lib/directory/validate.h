@@ -7,7 +7,7 @@
 
 #include "directory/configgen.h"
 
-namespace edihost {
+namespace edi::dirs {
 
 // One segment of a message: its tag and its elements, each a list of
 // components (a simple element has one), values without release characters.
@@ -33,4 +33,4 @@ struct Finding {
 std::vector<Finding> validate(const Directory &d, const std::string &type,
                               const std::vector<SegmentValues> &segs);
 
-}  // namespace edihost
+}  // namespace edi::dirs

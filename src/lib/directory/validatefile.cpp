@@ -24,9 +24,9 @@ std::string unreleased(const std::string &v, char rel)
 }
 
 // `rep`: the repetition separator of syntax version 4, or 0.
-edihost::SegmentValues valuesof(std::string_view text, const Segment &s, char rep)
+edi::dirs::SegmentValues valuesof(std::string_view text, const Segment &s, char rep)
 {
-    edihost::SegmentValues sv;
+    edi::dirs::SegmentValues sv;
     sv.tag = s.tag;
     Syntax reps = s.sx;
     reps.dst = rep;
@@ -58,14 +58,14 @@ char repetition(std::string_view text, const Segment &unb, const Segment *una)
 }
 
 struct Directories {
-    std::map<std::string, std::unique_ptr<edihost::Directory>> loaded;
+    std::map<std::string, std::unique_ptr<edi::dirs::Directory>> loaded;
 
     // The directory of D96A, or nullptr if the data lacks it.
-    const edihost::Directory *get(const std::string &name)
+    const edi::dirs::Directory *get(const std::string &name)
     {
         auto it = loaded.find(name);
         if (it == loaded.end()) {
-            auto d = std::make_unique<edihost::Directory>();
+            auto d = std::make_unique<edi::dirs::Directory>();
             std::string err;
             if (!d->load(directoriesdir(), name, err))
                 d.reset();
@@ -111,7 +111,7 @@ int validatefile(const std::string &input, const std::string &bytes, Report &rep
         if (segs[i].tag != "UNH")
             continue;
         // The message runs to its UNT, or up to the next UNH or UNZ.
-        std::vector<edihost::SegmentValues> msg{valuesof(text, segs[i], repsep)};
+        std::vector<edi::dirs::SegmentValues> msg{valuesof(text, segs[i], repsep)};
         for (size_t k = i + 1; k < segs.size() && segs[k].tag != "UNH" && segs[k].tag != "UNZ";
              k++) {
             msg.push_back(valuesof(text, segs[k], repsep));
@@ -134,7 +134,7 @@ int validatefile(const std::string &input, const std::string &bytes, Report &rep
             found++;
             continue;
         }
-        const edihost::Directory *d = dirs.get(directory);
+        const edi::dirs::Directory *d = dirs.get(directory);
         bool has = false;
         if (d != nullptr)
             for (const auto &m : d->messages())
@@ -146,7 +146,7 @@ int validatefile(const std::string &input, const std::string &bytes, Report &rep
             found++;
             continue;
         }
-        for (const edihost::Finding &f : edihost::validate(*d, type, msg)) {
+        for (const edi::dirs::Finding &f : edi::dirs::validate(*d, type, msg)) {
             finding(rep, input, msgno, f.segment, f.tag, f.text);
             found++;
         }
