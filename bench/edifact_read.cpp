@@ -20,9 +20,9 @@
 
 #include <string>
 
+#include "edifact/edifact.h"
 #include "edihost.h"
 #include "ediprot.h"
-#include "internal.h"
 
 namespace {
 

@@ -28,7 +28,7 @@
 #include <string>
 #include <vector>
 
-#include "internal.h"
+#include "tree/tree.h"
 
 namespace {
 

@@ -1,8 +1,15 @@
 // Module-level state: the exported service characters and character
 // tables, and the private counters and tables that carry over between
 // calls.  Loading the library gives them these values; nothing resets them
-// but the entry points named in the comments.
-#include "internal.h"
+// but the entry points named in the comments.  They are defined together
+// here and declared where they belong: the service characters and tables
+// in ediprot.h, the shared counters in state.h, the rest in the header of
+// the subsystem that uses them.
+#include "state.h"
+
+#include "convert/convert.h"
+#include "edifact/edifact.h"
+#include "vda/vda.h"
 
 // Reset per file by edifactread (all five) and edifactwrite (all but float_sep).
 EDIPROT_API char seg_sep = '\'';

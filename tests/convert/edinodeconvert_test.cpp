@@ -4,7 +4,7 @@
 
 #include <string>
 
-#include "internal.h"
+#include "convert/convert.h"
 #include "testsupport.h"
 
 using namespace testsupport;

@@ -6,7 +6,8 @@
 
 #include <string>
 
-#include "internal.h"
+#include "convert/convert.h"
+#include "state.h"
 #include "testsupport.h"
 
 namespace {

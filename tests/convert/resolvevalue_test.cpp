@@ -5,8 +5,9 @@
 
 #include <string>
 
+#include "convert/convert.h"
 #include "edihost.h"
-#include "internal.h"
+#include "state.h"
 #include "testsupport.h"
 
 using namespace testsupport;

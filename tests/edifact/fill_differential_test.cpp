@@ -14,9 +14,10 @@
 #include <string>
 #include <vector>
 
+#include "edifact/edifact.h"
 #include "edihost.h"
-#include "internal.h"
 #include "testsupport.h"
+#include "tree/tree.h"
 
 namespace {
 

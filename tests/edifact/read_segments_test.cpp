@@ -4,7 +4,7 @@
 
 #include <string>
 
-#include "internal.h"
+#include "edifact/edifact.h"
 #include "testsupport.h"
 
 using testsupport::picture;

@@ -4,8 +4,8 @@
 #include <stdlib.h>
 #include <sys/stat.h>
 
-#include "internal.h"
 #include "testsupport.h"
+#include "tree/tree.h"
 
 namespace testsupport {
 

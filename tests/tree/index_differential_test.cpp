@@ -16,9 +16,10 @@
 #include <random>
 #include <string>
 
-#include "internal.h"
+#include "state.h"
 #include "testsupport.h"
 #include "tree/loopindex.h"
+#include "tree/tree.h"
 #include "vda/recordindex.h"
 
 namespace {

@@ -2,8 +2,8 @@
 // address each, the second with contacts.
 #include <gtest/gtest.h>
 
-#include "internal.h"
 #include "testsupport.h"
+#include "tree/tree.h"
 
 using namespace testsupport;
 using ediprot::searchlooppath;

@@ -1,7 +1,7 @@
 #include <gtest/gtest.h>
 
-#include "internal.h"
 #include "testsupport.h"
+#include "tree/tree.h"
 
 using namespace testsupport;
 

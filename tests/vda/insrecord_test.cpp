@@ -5,8 +5,8 @@
 #include <string>
 #include <vector>
 
-#include "internal.h"
 #include "testsupport.h"
+#include "vda/vda.h"
 
 using namespace testsupport;
 

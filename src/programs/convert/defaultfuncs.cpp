@@ -3,7 +3,9 @@
 #include <stdio.h>
 #include <strings.h>
 
-#include "../internal.h"
+#include "../debug.h"
+#include "../state.h"
+#include "convert.h"
 
 namespace ediprot {
 

@@ -6,7 +6,9 @@
 #include <stdlib.h>
 #include <string.h>
 
-#include "../internal.h"
+#include "../debug.h"
+#include "../state.h"
+#include "convert.h"
 
 namespace ediprot {
 

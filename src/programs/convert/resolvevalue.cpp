@@ -6,7 +6,10 @@
 // also decides what "no value" means for its format.
 #include <stdio.h>
 
-#include "../internal.h"
+#include "../debug.h"
+#include "../state.h"
+#include "../tree/tree.h"
+#include "convert.h"
 
 namespace ediprot {
 

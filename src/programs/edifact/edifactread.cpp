@@ -6,11 +6,12 @@
 #include <string.h>
 #include <strings.h>
 
-#include "../internal.h"
-#include "readstages.h"
+#include "../debug.h"
+#include "../state.h"
+#include "../tree/tree.h"
+#include "edifact.h"
 
 namespace ediprot {
-
 namespace {
 
 // Segment nodes that start a group under docs.
@@ -72,7 +73,6 @@ int firststage(FILE *fp, const char *fn)
 }
 
 }  // namespace
-
 }  // namespace ediprot
 
 using namespace ediprot;

@@ -8,8 +8,10 @@
 #include <time.h>
 #include <unistd.h>
 
-#include "../internal.h"
+#include "../debug.h"
+#include "../state.h"
 #include "../tree/loopindex.h"
+#include "edifact.h"
 
 namespace {
 

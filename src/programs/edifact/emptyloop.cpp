@@ -1,8 +1,9 @@
 // Empty loop pruning: removes the loop nodes of a filled tree below which
 // no leaf holds data, bottom-up, so that the empty occurrence that every
 // repetition ends with, and loops that never occurred, go away.
+#include "../debug.h"
+#include "edifact.h"
 #include "pendingshape.h"
-#include "readstages.h"
 
 namespace ediprot {
 

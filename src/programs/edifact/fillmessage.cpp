@@ -2,8 +2,9 @@
 // pruned and numbered; and the numbers of the messages themselves.
 #include <unordered_map>
 
+#include "../debug.h"
+#include "edifact.h"
 #include "pendingshape.h"
-#include "readstages.h"
 
 namespace ediprot {
 

@@ -15,7 +15,7 @@
 // of one name are told apart whatever they hold.
 #include <string.h>
 
-#include "readstages.h"
+#include "edifact.h"
 
 namespace ediprot {
 

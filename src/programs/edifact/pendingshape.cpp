@@ -9,6 +9,10 @@
 #include <unordered_map>
 #include <vector>
 
+#include "../state.h"
+#include "../tree/tree.h"
+#include "edifact.h"
+
 namespace ediprot {
 namespace pending {
 

@@ -25,7 +25,7 @@
 #ifndef EDIPROT_PENDINGSHAPE_H
 #define EDIPROT_PENDINGSHAPE_H
 
-#include "../internal.h"
+#include "ediprot.h"
 
 namespace ediprot {
 namespace pending {

@@ -3,7 +3,10 @@
 // values in their raw file form, release characters included.
 #include <string.h>
 
-#include "../internal.h"
+#include "../debug.h"
+#include "../state.h"
+#include "../tree/tree.h"
+#include "edifact.h"
 
 namespace ediprot {
 

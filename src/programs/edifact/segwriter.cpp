@@ -15,8 +15,11 @@
 #include <string>
 #include <strings.h>
 
-#include "../internal.h"
+#include "../convert/convert.h"
+#include "../debug.h"
+#include "../state.h"
 #include "../tree/configwalk.h"
+#include "edifact.h"
 
 namespace ediprot {
 

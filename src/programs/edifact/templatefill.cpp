@@ -8,7 +8,11 @@
 #include <string.h>
 #include <strings.h>
 
-#include "../internal.h"
+#include "../convert/convert.h"
+#include "../debug.h"
+#include "../state.h"
+#include "../tree/tree.h"
+#include "edifact.h"
 #include "pendingshape.h"
 
 namespace ediprot {

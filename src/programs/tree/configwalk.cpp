@@ -2,7 +2,8 @@
 
 #include <string>
 
-#include "../internal.h"
+#include "../state.h"
+#include "tree.h"
 
 namespace ediprot {
 

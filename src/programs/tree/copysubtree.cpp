@@ -1,4 +1,5 @@
-#include "../internal.h"
+#include "../state.h"
+#include "tree.h"
 
 namespace ediprot {
 

@@ -1,6 +1,6 @@
 #include <stdlib.h>
 
-#include "../internal.h"
+#include "tree.h"
 
 namespace ediprot {
 

@@ -1,6 +1,6 @@
 #include <string.h>
 
-#include "../internal.h"
+#include "tree.h"
 
 namespace ediprot {
 

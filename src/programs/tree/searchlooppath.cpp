@@ -14,8 +14,9 @@
 #include <stdlib.h>
 #include <string.h>
 
-#include "../internal.h"
+#include "../debug.h"
 #include "loopindex.h"
+#include "tree.h"
 
 namespace ediprot {
 

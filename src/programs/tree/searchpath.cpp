@@ -8,7 +8,7 @@
 #include <string.h>
 #include <strings.h>
 
-#include "../internal.h"
+#include "tree.h"
 
 namespace ediprot {
 

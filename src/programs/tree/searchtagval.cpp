@@ -1,4 +1,5 @@
-#include "../internal.h"
+#include "../debug.h"
+#include "tree.h"
 
 namespace ediprot {
 

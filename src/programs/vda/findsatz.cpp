@@ -1,7 +1,7 @@
 // findsatz: the configuration node of a VDA record key.
 #include <string.h>
 
-#include "../internal.h"
+#include "vda.h"
 
 namespace ediprot {
 

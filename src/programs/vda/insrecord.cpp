@@ -4,8 +4,11 @@
 #include <stdio.h>
 #include <string.h>
 
-#include "../internal.h"
+#include "../debug.h"
+#include "../state.h"
+#include "../tree/tree.h"
 #include "recordindex.h"
+#include "vda.h"
 
 namespace ediprot {
 

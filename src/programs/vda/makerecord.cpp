@@ -3,7 +3,11 @@
 #include <stdio.h>
 #include <string.h>
 
-#include "../internal.h"
+#include "../convert/convert.h"
+#include "../debug.h"
+#include "../state.h"
+#include "../tree/tree.h"
+#include "vda.h"
 
 using namespace ediprot;
 

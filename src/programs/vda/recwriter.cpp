@@ -4,8 +4,11 @@
 #include <stdio.h>
 #include <string.h>
 
-#include "../internal.h"
+#include "../convert/convert.h"
+#include "../debug.h"
 #include "../tree/configwalk.h"
+#include "../tree/tree.h"
+#include "vda.h"
 
 namespace ediprot {
 

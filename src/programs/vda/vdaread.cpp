@@ -2,8 +2,11 @@
 // root is named after the root of the configuration.
 #include <string.h>
 
-#include "../internal.h"
+#include "../debug.h"
+#include "../state.h"
+#include "../tree/tree.h"
 #include "recordindex.h"
+#include "vda.h"
 
 using namespace ediprot;
 

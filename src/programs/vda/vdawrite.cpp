@@ -4,8 +4,10 @@
 #include <stdio.h>
 #include <unistd.h>
 
-#include "../internal.h"
+#include "../debug.h"
+#include "../state.h"
 #include "../tree/loopindex.h"
+#include "vda.h"
 
 using namespace ediprot;
 
