@@ -110,6 +110,8 @@ typedef struct edi_options {
     size_t nconfigs;
     const char *servconf;      /* service configuration file, or NULL */
     int trace;                 /* module trace level 0..15, or -1 for none */
+    const char *directories;   /* the directory data folder (D96A.json, ...);
+                                  NULL: as edi_directories_path says */
 } edi_options;
 
 /* Sets every field to its default: nothing set, trace -1. */
@@ -133,6 +135,7 @@ typedef struct edi_write_options {
     const char *name;           /* names the tree in findings ("" or NULL: "tree") */
     const char *output;         /* names the output in findings (NULL: "") */
     int trace;                  /* module trace level, or -1 */
+    const char *directories;    /* the directory data folder; NULL: the default */
 } edi_write_options;
 
 EDI_API void edi_write_options_init(edi_write_options *opt);
@@ -280,6 +283,12 @@ EDI_API edi_result *edi_vda_write(datatree_t *tree, const char *config,
  * when set.  The tree is renumbered in place and stays the caller's.  The
  * result's text is the interchange. */
 EDI_API edi_result *edi_write(datatree_t *tree, const edi_write_options *opt);
+
+/* The same for `n` message trees (message nodes such as edi_next gives,
+ * or built by hand), written in this order as one interchange.  The trees
+ * stay the caller's and are linked back as they were. */
+EDI_API edi_result *edi_write_messages(datatree_t *const *messages, size_t n,
+                                       const edi_write_options *opt);
 
 /* Findings of the EDIFACT file `path` (or `len` bytes, named `name`)
  * against the directories its message headers name: kind

@@ -12,6 +12,7 @@ struct Settings {
     bool keepgoing = false;    // segments or records left out are no failure
     int trace = -1;            // module trace level, -1 for none
     std::string servconf;      // a service configuration is in force
+    std::string directories;   // the directory data folder; "" the default
     // Writing.
     std::string message;       // TYPE:DIRECTORY when the UNH names none
     std::string sender, recipient, reference;

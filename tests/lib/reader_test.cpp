@@ -419,3 +419,70 @@ TEST(Library, ThreadsReadAtOnceAndGetWhatOneThreadGets)
 }
 
 }  // namespace
+
+namespace {
+
+TEST(Library, MessagesFromTheReaderWrittenAsOneInterchange)
+{
+    std::string path = samples + "orders-d96a.edi";
+    edi_reader *r = edi_open_path(path.c_str(), nullptr);
+    std::vector<edi_message *> ms;
+    edi_message *m;
+    while (edi_next(r, &m) == 1)
+        ms.push_back(m);
+    ASSERT_EQ(ms.size(), 2u);
+    std::vector<datatree_t *> trees;
+    for (edi_message *one : ms)
+        trees.push_back(edi_message_take_tree(one));
+    edi_write_options w;
+    edi_write_options_init(&w);
+    w.reference = "R9";
+    edi_result *out = edi_write_messages(trees.data(), trees.size(), &w);
+    ASSERT_EQ(edi_result_status(out), 0);
+    std::string text(edi_result_text(out, nullptr));
+    EXPECT_EQ(count(text, "UNH+"), 2u);
+    EXPECT_NE(text.find("UNZ+2+R9'"), std::string::npos);
+    // The caller's trees are as they were: unlinked.
+    EXPECT_EQ(trees[0]->next, nullptr);
+    EXPECT_EQ(trees[0]->parent, nullptr);
+    // One message given twice is refused, not looped over.
+    datatree_t *twice[] = {trees[0], trees[0]};
+    edi_result *refused = edi_write_messages(twice, 2, &w);
+    EXPECT_EQ(edi_result_status(refused), 2);
+    EXPECT_EQ(trees[0]->next, nullptr);
+    for (datatree_t *t : trees)
+        edi_tree_free(t);
+    for (edi_message *one : ms)
+        edi_message_free(one);
+    edi_result_free(out);
+    edi_result_free(refused);
+    edi_close(r);
+}
+
+TEST(Library, DirectoryDataChosenPerCall)
+{
+    // A folder without directory data: no configuration can be made, so
+    // each message is read with a layout taken from itself, and the note
+    // says where the library looked; the default is back for the next call.
+    edi_options opt;
+    edi_options_init(&opt);
+    opt.directories = "/nonexistent-directories";
+    std::string path = samples + "orders-d96a.edi";
+    auto notes = [](const edi_result *res) {
+        size_t n = 0;
+        for (size_t i = 0; i < edi_result_finding_count(res); i++)
+            n += strstr(edi_result_finding(res, i)->text, "/nonexistent-directories") != nullptr;
+        return n;
+    };
+    edi_result *none = edi_read(path.c_str(), &opt);
+    EXPECT_EQ(edi_result_status(none), 0);
+    EXPECT_EQ(notes(none), 1u);
+    EXPECT_STREQ(edi_result_tree(none)->child->child->child->xmltag, "UNH01");
+    edi_result *some = edi_read(path.c_str(), nullptr);
+    EXPECT_EQ(edi_result_status(some), 0);
+    EXPECT_EQ(notes(some), 0u);
+    edi_result_free(none);
+    edi_result_free(some);
+}
+
+}  // namespace

@@ -6,6 +6,7 @@
 #include <new>
 
 #include "api/objects.h"
+#include "directory/autoconfig.h"
 #include "directory/validatefile.h"
 #include "files/output.h"
 #include "text/segments.h"
@@ -61,6 +62,7 @@ edi_reader *openreader(bool ok, std::string bytes, const std::string &name,
         r->state = -1;
         return r;
     }
+    DirectoriesInUse dirs(r->settings.directories);
     if (opt != nullptr && opt->validate) {
         Report found;
         validatefile(name, bytes, found);
@@ -160,6 +162,7 @@ int edi_next(edi_reader *r, edi_message **msg)
     if (r == nullptr || msg == nullptr)
         return -1;
     try {
+        DirectoriesInUse dirs(r->settings.directories);
         while (r->state == 1 && r->pending == nullptr) {
             if (r->unit.tree != nullptr) {
                 freedatatree(r->unit.tree);

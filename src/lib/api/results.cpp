@@ -52,6 +52,7 @@ bool takeoptions(const edi_options *opt, Settings &s, std::vector<datatree_t *> 
     s.keepgoing = opt->keep_going != 0;
     s.trace = opt->trace >= 0 && opt->trace <= 15 ? opt->trace : -1;
     s.servconf = opt->servconf != nullptr ? opt->servconf : "";
+    s.directories = opt->directories != nullptr ? opt->directories : "";
     for (size_t i = 0; i < opt->nconfigs && opt->configs != nullptr; i++) {
         datatree_t *c = opt->configs[i] != nullptr ? loadconfig(opt->configs[i], rep) : nullptr;
         if (c == nullptr) {
@@ -97,6 +98,7 @@ Settings takewriteoptions(const edi_write_options *opt)
     s.name = opt->name != nullptr && *opt->name != '\0' ? opt->name : "tree";
     s.output = opt->output != nullptr ? opt->output : "";
     s.trace = opt->trace >= 0 && opt->trace <= 15 ? opt->trace : -1;
+    s.directories = opt->directories != nullptr ? opt->directories : "";
     return s;
 }
 

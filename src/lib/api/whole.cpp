@@ -6,6 +6,7 @@
 #include <unistd.h>
 
 #include <new>
+#include <set>
 
 #include "api/objects.h"
 #include "directory/autoconfig.h"
@@ -70,6 +71,7 @@ void readinto(edi_result &res, const std::string &name, std::string bytes,
         res.status = 1;
         return;
     }
+    DirectoriesInUse dirs(s.directories);
     std::string copy = opt != nullptr && opt->validate ? bytes : std::string();
     ReadResult rr = readedifactinput(*mod, s, configs, name, std::move(bytes), res.rep);
     for (datatree_t *c : configs)
@@ -201,9 +203,49 @@ edi_result *edi_write(datatree_t *tree, const edi_write_options *opt)
                 freedatatree(k);
             return;
         }
+        DirectoriesInUse dirs(s.directories);
         res.status = writeedifact(*mod, s, tree, std::move(configs), res.text, res.rep);
         res.hastext = res.status == 0;
     });
+}
+
+edi_result *edi_write_messages(datatree_t *const *messages, size_t n,
+                               const edi_write_options *opt)
+{
+    if (messages == nullptr || n == 0)
+        return edi_write(nullptr, opt);
+    // The messages under a root of the library's for the time of the
+    // write; their own links are given back behind it.
+    std::vector<datatree_t *> next(n), parent(n);
+    datatree_t root{};
+    char name[] = "edi";
+    root.xmltag = name;
+    std::set<const datatree_t *> seen;
+    for (size_t i = 0; i < n; i++) {
+        if (messages[i] == nullptr)
+            return edi_write(nullptr, opt);
+        if (!seen.insert(messages[i]).second) {
+            // Linked in a row, a message given twice would make a cycle.
+            return withresult([&](edi_result &res) {
+                res.status = 2;
+                res.rep.fail(takewriteoptions(opt).name,
+                             "message " + std::to_string(i + 1) + " is given twice");
+            });
+        }
+        next[i] = messages[i]->next;
+        parent[i] = messages[i]->parent;
+    }
+    for (size_t i = 0; i < n; i++) {
+        messages[i]->next = i + 1 < n ? messages[i + 1] : nullptr;
+        messages[i]->parent = &root;
+    }
+    root.child = messages[0];
+    edi_result *res = edi_write(&root, opt);
+    for (size_t i = 0; i < n; i++) {
+        messages[i]->next = next[i];
+        messages[i]->parent = parent[i];
+    }
+    return res;
 }
 
 edi_result *edi_validate(const char *path)

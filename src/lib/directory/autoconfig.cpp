@@ -41,8 +41,29 @@ std::string value(const datatree_t *tp)
 
 }  // namespace
 
+namespace {
+
+// The directory data a caller named for the call in progress on this
+// thread ("" for the default).
+thread_local std::string chosen;
+
+}  // namespace
+
+DirectoriesInUse::DirectoriesInUse(const std::string &folder) : saved_(chosen)
+{
+    if (!folder.empty())
+        chosen = folder;
+}
+
+DirectoriesInUse::~DirectoriesInUse()
+{
+    chosen = saved_;
+}
+
 std::string directoriesdir()
 {
+    if (!chosen.empty())
+        return chosen;
     if (const char *e = getenv("EDIPROT_DIRECTORIES"); e && *e)
         return e;
     return datadir() + "/directories";

@@ -6,9 +6,24 @@
 
 namespace edi {
 
-// The directory data folder: $EDIPROT_DIRECTORIES, else the directories
-// folder beside the installed or staged data.
+// The directory data folder: the one a caller chose for the call in
+// progress (DirectoriesInUse), else $EDIPROT_DIRECTORIES, else the
+// directories folder beside the installed or staged data.
 std::string directoriesdir();
+
+// For its lifetime, on this thread, the directory data comes from
+// `folder` ("" changes nothing): a caller's choice for one call of the
+// library, without a setting the other threads would see.
+class DirectoriesInUse {
+public:
+    explicit DirectoriesInUse(const std::string &folder);
+    ~DirectoriesInUse();
+    DirectoriesInUse(const DirectoriesInUse &) = delete;
+    DirectoriesInUse &operator=(const DirectoriesInUse &) = delete;
+
+private:
+    std::string saved_;
+};
 
 // Why a message of `type` in `directory` has no generated configuration
 // (`havedir`: the directory exists but lacks the message): what was looked
