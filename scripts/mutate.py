@@ -5,11 +5,13 @@ statement, a changed return value.  Each fault is built in its own build
 folder (build/mutate), the plain suite runs against it, and the source is
 put back whatever happens.
 
-    scripts/mutate.py [-j N] [--only NAME]
+    scripts/mutate.py [-j N] [--only NAME[,NAME...]] [--tests REGEX]
 
 Prints one line per fault (caught or MISSED, and the first failing test)
 and the count.  A fault that does not build counts as neither and is
-reported, so that the list is kept in step with the code.
+reported, so that the list is kept in step with the code.  --tests runs
+only the tests whose names match (ctest -R): whether one folder catches a
+fault on its own.
 """
 import argparse
 import functools
@@ -22,7 +24,7 @@ print = functools.partial(print, flush=True)  # progress as it goes
 ROOT = os.path.dirname(os.path.dirname(os.path.abspath(__file__)))
 BUILD = os.path.join(ROOT, "build", "mutate")
 
-# (name, file under src/programs, original text, faulty text)
+# (name, file under src/programs (lib/... under src), original text, faulty text)
 FAULTS = [
     ("segreader-release-ignored", "edifact/segreader.cpp",
      "if (c == term && !(n > 0 && segbuf[n - 1] == esc)) {",
@@ -116,6 +118,23 @@ FAULTS = [
      "i < rp->len; i++)", "i < rp->len - 1; i++)"),
     ("vdaread-cr-kept", "vda/vdaread.cpp",
      "if (len > 0 && buf[len - 1] == '\\r')", "if (false)"),
+    # libedi's text layer.
+    ("transport-blank-separator-taken-out", "lib/text/transport.cpp",
+     "&& c != sx.seg && c != sx.dst &&", "&& c != sx.seg &&"),
+    ("segments-release-run-not-counted", "lib/text/segments.cpp",
+     "return run % 2 == 1;", "return run > 0;"),
+    ("reescape-decimal-mark-chosen", "lib/text/reescape.cpp",
+     "c != sx.cmp && c != sx.dec &&", "c != sx.cmp &&"),
+    ("envelope-released-separator-as-qualifier", "lib/text/envelope.cpp",
+     "componentsof(els[e], s.sx).size() > 1", "els[e].find(s.sx.cmp) != std::string::npos"),
+    ("countfix-unh-counted-twice", "lib/text/countfix.cpp",
+     "            insegs = 0;", "            insegs = 1;"),
+    ("setdate-local-time", "lib/text/countfix.cpp",
+     "gmtime_r(&when, &tm);", "localtime_r(&when, &tm);"),
+    ("compositepad-released-separator-padded", "lib/text/compositepad.cpp",
+     "el.find(s.sx.cmp) == std::string_view::npos", "componentsof(el, s.sx).size() == 1"),
+    ("envelopevalues-repetition-despite-una", "lib/text/envelopevalues.cpp",
+     "if (!v.una && !v.syntaxversion.empty()", "if (!v.syntaxversion.empty()"),
 ]
 
 
@@ -127,6 +146,7 @@ def main():
     ap = argparse.ArgumentParser()
     ap.add_argument("-j", type=int, default=2)
     ap.add_argument("--only")
+    ap.add_argument("--tests", help="run only the tests matching this (ctest -R)")
     args = ap.parse_args()
     # No debug information: a fault relinks every test program, and that is
     # most of the time a fault takes.
@@ -134,9 +154,9 @@ def main():
          "-DEDIPROT_BUILD_BENCH=OFF"], check=True)
     caught = missed = broken = 0
     for name, rel, old, new in FAULTS:
-        if args.only and args.only != name:
+        if args.only and name not in args.only.split(","):
             continue
-        path = os.path.join(ROOT, "src", "programs", rel)
+        path = os.path.join(ROOT, "src", rel if rel.startswith("lib/") else "programs/" + rel)
         with open(path) as f:
             text = f.read()
         if text.count(old) != 1:
@@ -157,8 +177,9 @@ def main():
             # machine and count faults as caught that nothing caught).  The
             # install check builds a program against the installed files
             # and cannot see a fault in the module's logic.
+            only = ["-R", args.tests] if args.tests else []
             t = subprocess.run(["ctest", "-j", str(args.j), "--stop-on-failure",
-                                "-E", "^install[.]"], cwd=BUILD,
+                                "-E", "^install[.]"] + only, cwd=BUILD,
                                capture_output=True, text=True)
             failed = [l for l in t.stdout.splitlines() if "***" in l or "(Failed)" in l]
             if t.returncode != 0:
