@@ -85,8 +85,8 @@ Exit readone(const Options &opt, const std::string &input, const std::string &ou
         o.nconfigs = configs.size();
         o.validate = opt.validate;
     }
-    edi_result *res = vda ? edi_vda_read(input.c_str(), opt.configs.back().c_str(), &o)
-                          : edi_read(input.c_str(), &o);
+    const char *vdaconfig = opt.configs.empty() ? nullptr : opt.configs.back().c_str();
+    edi_result *res = vda ? edi_vda_read(input.c_str(), vdaconfig, &o) : edi_read(input.c_str(), &o);
     // Read findings on stderr; validation findings come behind the tree.
     std::vector<const edi_finding *> validation;
     for (size_t i = 0; i < edi_result_finding_count(res); i++) {
@@ -194,7 +194,8 @@ Exit writecommand(const Options &opt)
     w.name = name.c_str();
     w.output = opt.output.c_str();
     w.trace = opt.trace;
-    edi_result *res = vda ? edi_vda_write(tree, opt.config.c_str(), &w) : edi_write(tree, &w);
+    const char *vdaconfig = opt.config.empty() ? nullptr : opt.config.c_str();
+    edi_result *res = vda ? edi_vda_write(tree, vdaconfig, &w) : edi_write(tree, &w);
     freeatexit(tree);
     printfindings(res, opt.verbose, stderr);
     Exit status = statusof(res);

@@ -84,19 +84,27 @@ const CommandHelp helps[] = {
               "reference REF or a generated unique one\n"
               "(--verbose lists each change); --exact keeps the module's output\n"
               "as it is.\n"},
-    {"vda-read", "usage: edi vda-read INPUT... --config FILE [--format tree|json]\n"
+    {"vda-read", "usage: edi vda-read INPUT... [--config FILE] [--format tree|json]\n"
                  "                    [--raw] [--keep-going] [--verbose] [-j N] [-o OUT]\n"
                  "\n"
-                 "Reads each VDA record file into a tree with the configuration FILE.\n"
-                 "A file without any VDA record is refused.  Records the configuration\n"
-                 "cannot place are listed and fail the read unless --keep-going.\n"
+                 "Reads each VDA record file into a tree: VDA 4905 (records 511 to 519)\n"
+                 "or VDA 4913 (711 to 719) with the bundled configuration its first\n"
+                 "record names, or with the configuration FILE.  Every record is kept\n"
+                 "in file order; repetitions (transmissions, call-offs, transports,\n"
+                 "delivery notes, items, records of one type in a row) become loop\n"
+                 "instances.  A file without any VDA record is refused.  Records the\n"
+                 "configuration cannot place are listed and fail the read unless\n"
+                 "--keep-going; --raw hands the file to the module's own reader.\n"
                  "Without --format, -o OUT ending in .json gives json, else tree.\n"
                  "With several INPUT files or a folder and -o, OUT is a folder.\n"},
-    {"vda-write", "usage: edi vda-write TREE --config FILE [--verbose] -o OUT\n"
+    {"vda-write", "usage: edi vda-write TREE [--config FILE] [--verbose] -o OUT\n"
                   "\n"
-                  "Writes the tree (tree text or JSON) as a VDA record file with its\n"
-                  "trailer, by the configuration FILE.  OUT is written whole or not at\n"
-                  "all.  --verbose also shows the writer's line for each record.\n"},
+                  "Writes the tree (tree text or JSON) as a VDA record file, each\n"
+                  "transmission with its trailer (519 or 719) counting what is written,\n"
+                  "by the bundled configuration of the tree's records or the\n"
+                  "configuration FILE.  A tree without VDA records is refused.  OUT is\n"
+                  "written whole or not at all.  --verbose also shows the writer's\n"
+                  "line for each record.\n"},
 };
 
 bool usage(const char *fmt, const char *arg)
@@ -233,8 +241,6 @@ bool parseoptions(int argc, char **argv, Options &opt)
             return usage("%s takes exactly one tree file", opt.command.c_str());
         if (opt.output.empty())
             return usage("%s needs -o OUT", opt.command.c_str());
-        if (opt.config.empty() && opt.command == "vda-write")
-            return usage("%s needs --config FILE", opt.command.c_str());
     }
     if (!opt.message.empty() && (opt.command != "write" || !opt.config.empty()))
         return usage("%s--message is an option of write without --config", "");
@@ -242,8 +248,6 @@ bool parseoptions(int argc, char **argv, Options &opt)
         return usage("%s--validate is an option of read", "");
     if (opt.command == "write" && (!opt.havesender || !opt.haverecipient))
         return usage("%s needs --sender and --recipient", "write");
-    if (opt.command == "vda-read" && opt.config.empty())
-        return usage("%s needs --config FILE", "vda-read");
     if (opt.joinlines && opt.command != "read")
         return usage("%s--join-lines is an option of read only", "");
     if (opt.jobs > 0 && writing)

@@ -16,11 +16,44 @@
 #include "files/output.h"
 #include "trees/jsontree.h"
 #include "trees/treeload.h"
+#include "vda/layout.h"
 #include "write/writeedifact.h"
 
 using namespace edi;
 
 namespace {
+
+// The bundled configuration for a VDA file: that of the family of its first
+// record type.  "" after a failure naming what the file holds.
+std::string vdaconfigfor(const std::string &name, const std::string &bytes, Report &rep)
+{
+    size_t start = bytes.compare(0, 3, "\xEF\xBB\xBF") == 0 ? 3 : 0;
+    size_t lineno = 1;
+    for (size_t at = start; at < bytes.size();) {
+        size_t nl = bytes.find('\n', at);
+        std::string line = bytes.substr(at, (nl == std::string::npos ? bytes.size() : nl) - at);
+        if (const VdaFamily *f = familyoftype(line.substr(0, 3))) {
+            std::string path = bundledconfig(*f);
+            if (path.empty()) {
+                rep.fail(name, std::string("the bundled configuration ") + f->config +
+                                   " is not found (no data folder); give --config FILE.");
+                return "";
+            }
+            rep.add(EDI_FINDING_NOTE, EDI_SEVERITY_INFO, name,
+                    std::string("read as ") + f->name + " with the bundled configuration " +
+                        f->config + " (record type " + line.substr(0, 3) + " in line " +
+                        std::to_string(lineno) + ")");
+            return path;
+        }
+        if (nl == std::string::npos)
+            break;
+        at = nl + 1;
+        lineno++;
+    }
+    rep.fail(name, "holds no VDA record (no line begins with a record type 511 to 519 or 711 "
+                   "to 719); check that this is a VDA record file.");
+    return "";
+}
 
 // Runs `body` on a new result; out of memory gives a failed result, or
 // NULL when not even that can be made.
@@ -140,19 +173,19 @@ edi_result *edi_vda_read(const char *path, const char *config, const edi_options
             return;
         for (datatree_t *c : none)
             freedatatree(c);
-        datatree_t *conf = config != nullptr ? loadconfig(config, res.rep) : nullptr;
-        if (conf == nullptr) {
-            if (config == nullptr)
-                res.rep.fail(name, "a VDA read needs its configuration");
-            return;
-        }
         const Module *mod = themodule(res.rep);
-        if (mod != nullptr && inputbytes(name, bytes, res.rep)) {
-            ReadResult rr = readvdainput(*mod, s, conf, name, bytes, res.rep);
-            res.tree = rr.tree;
-            res.changes = rr.changes;
-            res.status = rr.tree != nullptr ? 0 : 1;
-        }
+        if (mod == nullptr || !inputbytes(name, bytes, res.rep))
+            return;
+        std::string conffile = config != nullptr ? config : vdaconfigfor(name, bytes, res.rep);
+        if (conffile.empty())
+            return;
+        datatree_t *conf = loadconfig(conffile, res.rep);
+        if (conf == nullptr)
+            return;
+        ReadResult rr = readvdainput(*mod, s, conf, name, bytes, res.rep);
+        res.tree = rr.tree;
+        res.changes = rr.changes;
+        res.status = rr.tree != nullptr ? 0 : 1;
         freedatatree(conf);
     });
 }
@@ -166,12 +199,21 @@ edi_result *edi_vda_write(datatree_t *tree, const char *config, const edi_write_
             res.rep.fail(s.name, "the tree holds no record");
             return;
         }
-        datatree_t *conf = config != nullptr ? loadconfig(config, res.rep) : nullptr;
-        if (conf == nullptr) {
-            if (config == nullptr)
-                res.rep.fail(s.name, "a VDA write needs its configuration");
+        const VdaFamily *family = familyoftree(tree);
+        if (family == nullptr) {
+            res.rep.fail(s.name, "the tree holds no VDA record (no node $S511 to $S519 or $S711 "
+                                 "to $S719), so it is no VDA tree; an EDIFACT tree is written "
+                                 "with edi write.");
             return;
         }
+        std::string conffile = config != nullptr ? config : bundledconfig(*family);
+        if (config == nullptr)
+            res.rep.add(EDI_FINDING_NOTE, EDI_SEVERITY_INFO, s.name,
+                        std::string("written as ") + family->name + " with the bundled "
+                        "configuration " + family->config);
+        datatree_t *conf = loadconfig(conffile, res.rep);
+        if (conf == nullptr)
+            return;
         const Module *mod = themodule(res.rep);
         if (mod != nullptr) {
             res.status = writevda(*mod, s, tree, conf, res.text, res.rep);

@@ -40,6 +40,7 @@ std::string load(Module &mod)
         lookup(mod.handle, "edifactwrite", mod.edifactwrite, why) &&
         lookup(mod.handle, "vdaread", mod.vdaread, why) &&
         lookup(mod.handle, "vdawrite", mod.vdawrite, why) &&
+        lookup(mod.handle, "makerecord", mod.makerecord, why) &&
         lookup(mod.handle, "seg_sep", mod.seg_sep, why) &&
         lookup(mod.handle, "charsetB", mod.charsetB, why))
         return "";

@@ -19,6 +19,7 @@ struct Module {
     decltype(&::edifactwrite) edifactwrite = nullptr;
     decltype(&::vdaread) vdaread = nullptr;
     decltype(&::vdawrite) vdawrite = nullptr;
+    decltype(&::makerecord) makerecord = nullptr;
     char *seg_sep = nullptr;  // the module's service characters
     char **charsetB = nullptr;  // the module's table for written characters
     void *handle = nullptr;

@@ -3,12 +3,15 @@
 #include <string.h>
 
 #include <algorithm>
+#include <map>
 #include <mutex>
 
 #include "module/capture.h"
 #include "edihost.h"
 #include "files/output.h"
 #include "read/readinput.h"
+#include "vda/layout.h"
+#include "vda/place.h"
 #include "findings/report.h"
 #include "text/segments.h"
 
@@ -17,11 +20,11 @@ namespace edi {
 namespace {
 
 constexpr size_t recordwidth = 128;
+constexpr size_t kRecordWidth = recordwidth;
 
 bool isrecordtype(const std::string &line)
 {
-    return line.size() >= 3 && line[0] == '5' && line[1] == '1' && line[2] >= '1' &&
-           line[2] <= '9';
+    return line.size() >= 3 && familyoftype(line.substr(0, 3)) != nullptr;
 }
 
 // The lines of the working copy: a byte-order mark taken off, a file
@@ -90,10 +93,11 @@ bool configured(const datatree_t *config, const std::string &line)
     return false;
 }
 
-// A line without any character but blanks and line ends carries nothing.
+// A line without any character but blanks, line ends and the end-of-file
+// mark (Ctrl-Z) of old transfer programs carries nothing.
 bool blankline(const std::string &l)
 {
-    return l.find_first_not_of(" \r\n") == std::string::npos;
+    return l.find_first_not_of(" \r\n\x1a") == std::string::npos;
 }
 
 bool modulemessage(const std::string &l)
@@ -102,10 +106,10 @@ bool modulemessage(const std::string &l)
            l.find("missing in vdaconf") != std::string::npos;
 }
 
-}  // namespace
-
-ReadResult readvdainput(const Module &mod, const Settings &opt, datatree_t *config,
-                        const std::string &input, const std::string &bytes, Report &rep)
+// The module's own read of the working copy, for --raw: its placement
+// rules, and what its trace tells of the records it could not place.
+ReadResult readvdamodule(const Module &mod, const Settings &opt, datatree_t *config,
+                         const std::string &input, const std::string &bytes, Report &rep)
 {
     ReadResult res;
     std::vector<std::string> lines = workinglines(bytes, opt.raw, res.changes);
@@ -199,6 +203,154 @@ ReadResult readvdainput(const Module &mod, const Settings &opt, datatree_t *conf
         }
     }
     res.tree = tree;
+    return res;
+}
+
+// The line without its line end.
+std::string content(const std::string &line)
+{
+    size_t n = line.size();
+    if (n > 0 && line[n - 1] == '\n')
+        n--;
+    if (n > 0 && line[n - 1] == '\r')
+        n--;
+    return line.substr(0, n);
+}
+
+// The records of one transmission by type, to check its trailer against.
+struct Transmission {
+    std::map<std::string, size_t> counts;
+    void reset() { counts.clear(); }
+};
+
+// The trailer's counters against the records of its transmission: one
+// finding per counter that differs.
+void checktrailer(const VdaFamily &f, const std::string &line, size_t lineno,
+                  const Transmission &t, const std::string &input, Report &rep)
+{
+    for (size_t i = 0; i < f.counted.size(); i++) {
+        size_t at = 5 + 7 * i;
+        std::string text = at + 7 <= line.size() ? line.substr(at, 7) : "";
+        auto it = t.counts.find(f.counted[i]);
+        size_t have = it != t.counts.end() ? it->second : 0;
+        char *end = nullptr;
+        unsigned long said = strtoul(text.c_str(), &end, 10);
+        if (text.size() == 7 && end == text.c_str() + 7 && said == have)
+            continue;
+        Finding &fd = rep.add(EDI_FINDING_VALIDATION, EDI_SEVERITY_WARNING, input,
+                              "line " + std::to_string(lineno) + ": the trailer counts '" +
+                                  printable(text) + "' records " + f.counted[i] +
+                                  ", the transmission holds " + std::to_string(have) +
+                                  " (written anew on output)");
+        fd.segment = lineno;
+        fd.tag = f.trailer;
+        fd.element = "count" + f.counted[i];
+    }
+}
+
+}  // namespace
+
+// Each line made a record by the module (makerecord) and placed by the
+// library in the loop instances of the configuration, so that every record
+// is kept in file order.
+ReadResult readvdainput(const Module &mod, const Settings &opt, datatree_t *config,
+                        const std::string &input, const std::string &bytes, Report &rep)
+{
+    if (opt.raw)
+        return readvdamodule(mod, opt, config, input, bytes, rep);
+    ReadResult res;
+    std::vector<std::string> lines = workinglines(bytes, false, res.changes);
+    bool anyrecord = false;
+    for (const std::string &l : lines)
+        anyrecord = anyrecord || isrecordtype(l);
+    if (!anyrecord) {
+        rep.fail(input, "holds no VDA record (no line begins with a record type 511 to 519 or "
+                        "711 to 719); check that this is a VDA record file.");
+        return res;
+    }
+    for (const std::string &c : res.changes)
+        rep.change(input, c);
+
+    datatree_t *root = static_cast<datatree_t *>(calloc(1, sizeof(datatree_t)));
+    if (root == nullptr || (root->xmltag = strdup(config->xmltag)) == nullptr)
+        edihost_outofmemory();
+    RecordPlacer placer(config, root);
+    const VdaFamily *family = familyoftree(config);
+    Transmission trans;
+    std::vector<std::string> lost;
+    for (size_t i = 0; i < lines.size(); i++) {
+        const size_t lineno = i + 1;
+        std::string line = content(lines[i]);
+        if (blankline(line)) {
+            if (!line.empty())
+                rep.change(input, "line " + std::to_string(lineno) +
+                                      ": blanks or an end-of-file mark only, passed over");
+            continue;
+        }
+        std::string type = printable(line.substr(0, 3));
+        if (line.size() != kRecordWidth) {
+            Finding &f = rep.add(EDI_FINDING_VALIDATION, EDI_SEVERITY_WARNING, input,
+                                 "line " + std::to_string(lineno) + ": record " + type + " has " +
+                                     std::to_string(line.size()) + " characters, not 128; " +
+                                     (line.size() < kRecordWidth
+                                          ? "the fields behind its end are read as empty"
+                                          : "the characters behind the 128th are not read"));
+            f.segment = lineno;
+            f.tag = line.substr(0, 3);
+        }
+        datatree_t *confnode = nullptr;
+        datatree_t *record = nullptr;
+        {
+            std::lock_guard<std::recursive_mutex> hold(modulelock());
+            std::vector<char> buf(line.begin(), line.end());
+            buf.push_back('\0');
+            record = mod.makerecord(buf.data(), &confnode, config);
+        }
+        if (record == nullptr) {
+            Finding &f = rep.add(EDI_FINDING_LEFT_OUT, EDI_SEVERITY_ERROR, input,
+                                 "line " + std::to_string(lineno) + ": record type " + type +
+                                     " is not in the configuration");
+            f.segment = lineno;
+            f.tag = line.substr(0, 3);
+            lost.push_back("line " + std::to_string(lineno) + " (" + type + ")");
+            continue;
+        }
+        if (family != nullptr && line.compare(0, 3, family->header) == 0)
+            trans.reset();
+        trans.counts[line.substr(0, 3)]++;
+        if (family != nullptr && line.compare(0, 3, family->trailer) == 0)
+            checktrailer(*family, line, lineno, trans, input, rep);
+        if (!placer.place(record, confnode)) {
+            Finding &f = rep.add(EDI_FINDING_LEFT_OUT, EDI_SEVERITY_ERROR, input,
+                                 "line " + std::to_string(lineno) + ": record " + type +
+                                     " has no place in the configuration behind the records "
+                                     "before it");
+            f.segment = lineno;
+            f.tag = line.substr(0, 3);
+            lost.push_back("line " + std::to_string(lineno) + " (" + type + ")");
+            freedatatree(record);
+        }
+    }
+    setparents(root, 0);
+    if (!lost.empty()) {
+        std::string list;
+        for (const std::string &s : lost)
+            list += (list.empty() ? "" : ", ") + s;
+        std::string sentence =
+            std::to_string(lost.size()) + " record" + (lost.size() == 1 ? "" : "s") +
+            " left out of the tree (" + list +
+            "): the configuration knows no such record type or has no place for it there; "
+            "see docs/vda.md" +
+            (opt.keepgoing ? "" : ", or give --keep-going to accept the tree without them") + ".";
+        res.changes.push_back("left out of the tree: " + list);
+        if (!opt.keepgoing) {
+            rep.fail(input, sentence);
+            freedatatree(root);
+            return res;
+        }
+        rep.add(EDI_FINDING_LEFT_OUT, EDI_SEVERITY_WARNING, input, sentence);
+    }
+    res.tree = root;
     return res;
 }
 

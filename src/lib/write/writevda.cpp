@@ -12,30 +12,68 @@
 #include "files/output.h"
 #include "findings/report.h"
 #include "module/capture.h"
+#include "vda/layout.h"
+#include "vda/place.h"
 #include "write/writeedifact.h"
 
 namespace edi {
 
 namespace {
 
-// The module writes the trailer of a VDA file itself, counting the records
-// it wrote; a trailer record read from the file stands under the root and
-// would be written as one more record before it.  So it is left out.
-void droptrailers(datatree_t *tree)
+// The trailer of each transmission is written anew from the records
+// written; a trailer record read from the file would be written as one
+// more record before it.  So it is taken out of the tree, and its version
+// kept for the new one.
+void droptrailers(datatree_t *tree, const std::string &tag, std::string &version)
 {
-    for (datatree_t *root = tree; root != nullptr; root = root->next) {
-        datatree_t **tpp = &root->child;
+    std::vector<datatree_t *> todo{tree};
+    while (!todo.empty()) {
+        datatree_t *parent = todo.back();
+        todo.pop_back();
+        datatree_t **tpp = &parent->child;
         while (*tpp != nullptr) {
             datatree_t *tp = *tpp;
-            if (tp->xmltag != nullptr && strcmp(tp->xmltag, "$S519") == 0) {
+            if (tp->xmltag != nullptr && tag == tp->xmltag) {
+                for (datatree_t *f = tp->child; f != nullptr; f = f->next)
+                    if (f->xmltag != nullptr && strcmp(f->xmltag, "version") == 0 &&
+                        f->data != nullptr && version.empty())
+                        version = f->data;
                 *tpp = tp->next;
                 tp->next = nullptr;
                 freedatatree(tp);
             } else {
+                if (tp->child != nullptr)
+                    todo.push_back(tp);
                 tpp = &tp->next;
             }
         }
     }
+}
+
+// The module's file with its last line, the module's own trailer 519,
+// replaced by the family's trailer counting the records above it.
+std::string newtrailer(const std::string &written, const VdaFamily &f,
+                       const std::string &version)
+{
+    size_t end = written.size();
+    if (end >= 2 && written.compare(end - 2, 2, "\r\n") == 0)
+        end -= 2;
+    size_t start = written.rfind('\n', end == 0 ? 0 : end - 1);
+    start = start == std::string::npos ? 0 : start + 1;
+    std::string body = written.substr(0, start);
+    std::vector<size_t> counts(f.counted.size());
+    for (size_t at = 0; at + 3 <= body.size();) {
+        std::string type = body.substr(at, 3);
+        for (size_t i = 0; i < f.counted.size(); i++)
+            if (f.counted[i] == type)
+                counts[i]++;
+        size_t nl = body.find('\n', at);
+        at = nl == std::string::npos ? body.size() : nl + 1;
+    }
+    for (size_t i = 0; i < f.counted.size(); i++)
+        if (f.counted[i] == f.trailer)
+            counts[i]++;
+    return body + trailerline(f, version, counts) + "\r\n";
 }
 
 std::vector<char> writable(const std::string &s)
@@ -49,10 +87,11 @@ std::vector<char> writable(const std::string &s)
 // a detail (a file of 100,000 records brings 100,000 of them); a sentence
 // follows a missing mandatory element (the records are written all the
 // same) or a failure.
-WriteStatus writevda(const Module &mod, const Settings &opt, datatree_t *tree,
+namespace {
+
+WriteStatus writeone(const Module &mod, const Settings &opt, datatree_t *tree,
                      datatree_t *config, std::string &result, Report &rep)
 {
-    droptrailers(tree);
     Scratch scratch("records.txt");
     if (scratch.folder.empty()) {
         rep.fail("", std::string("edi: temporary folder: ") + strerror(errno));
@@ -104,6 +143,67 @@ WriteStatus writevda(const Module &mod, const Settings &opt, datatree_t *tree,
                     " in the tree or give " + (missing == 1 ? "it" : "them") +
                     " a default in the configuration.");
     return readwhole(written, result, rep) ? write_ok : write_failed;
+}
+
+}  // namespace
+
+// A tree of several transmissions (loop instances under the root) is
+// written one transmission at a time, each with its own trailer.
+WriteStatus writevda(const Module &mod, const Settings &opt, datatree_t *tree,
+                     datatree_t *config, std::string &result, Report &rep)
+{
+    const VdaFamily *family = familyoftree(config);
+    std::string version;
+    if (family != nullptr)
+        droptrailers(tree, std::string("$S") + family->trailer, version);
+    // The records where this configuration has them, whatever layout the
+    // tree was made with; a record it has no place for fails the write.
+    std::vector<std::string> unplaced;
+    replacerecords(tree, config, unplaced);
+    if (!unplaced.empty()) {
+        std::string list;
+        for (const std::string &u : unplaced)
+            list += (list.empty() ? "" : ", ") + u;
+        rep.fail(opt.name, std::to_string(unplaced.size()) + " record" +
+                               (unplaced.size() == 1 ? "" : "s") + " of the tree (" + list +
+                               ") the configuration has no place for, so they would not be "
+                               "written; give the configuration the tree was made with.");
+        return write_failed;
+    }
+    std::vector<datatree_t *> pieces;
+    bool instances = tree->child != nullptr;
+    for (datatree_t *tp = tree->child; tp != nullptr; tp = tp->next)
+        instances = instances && tp->xmltag != nullptr && tp->xmltag[0] == '*';
+    if (instances && tree->child->next != nullptr)
+        for (datatree_t *tp = tree->child; tp != nullptr; tp = tp->next)
+            pieces.push_back(tp);
+    if (pieces.empty()) {
+        WriteStatus st = writeone(mod, opt, tree, config, result, rep);
+        if (st == write_ok && family != nullptr)
+            result = newtrailer(result, *family, version);
+        return st;
+    }
+    // Each transmission alone under the root, numbered 1 as the writer
+    // looks it up; the links are given back behind.
+    datatree_t *children = tree->child;
+    result.clear();
+    WriteStatus st = write_ok;
+    for (datatree_t *piece : pieces) {
+        datatree_t *next = piece->next;
+        int number = piece->loopcnt;
+        piece->next = nullptr;
+        piece->loopcnt = 1;
+        tree->child = piece;
+        std::string text;
+        st = writeone(mod, opt, tree, config, text, rep);
+        piece->next = next;
+        piece->loopcnt = number;
+        tree->child = children;
+        if (st != write_ok)
+            return st;
+        result += family != nullptr ? newtrailer(text, *family, version) : text;
+    }
+    return st;
 }
 
 }  // namespace edi
