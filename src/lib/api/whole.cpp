@@ -17,6 +17,7 @@
 #include "trees/jsontree.h"
 #include "trees/treeload.h"
 #include "vda/layout.h"
+#include "vda/validate.h"
 #include "write/writeedifact.h"
 
 using namespace edi;
@@ -53,6 +54,33 @@ std::string vdaconfigfor(const std::string &name, const std::string &bytes, Repo
     rep.fail(name, "holds no VDA record (no line begins with a record type 511 to 519 or 711 "
                    "to 719); check that this is a VDA record file.");
     return "";
+}
+
+// True when `bytes` hold VDA records rather than an interchange: the first
+// line (behind a byte-order mark) begins with a record type 511 to 519 or
+// 711 to 719.
+bool looksvda(const std::string &bytes)
+{
+    size_t start = bytes.compare(0, 3, "\xEF\xBB\xBF") == 0 ? 3 : 0;
+    return bytes.size() >= start + 3 && familyoftype(bytes.substr(start, 3)) != nullptr;
+}
+
+// Validation of an interchange against its directories, or of a VDA file
+// against the bundled configuration of its records; the number of findings.
+int validateany(const std::string &name, const std::string &bytes, Report &rep)
+{
+    if (!looksvda(bytes))
+        return validatefile(name, bytes, rep);
+    Report quiet;  // the note on the configuration chosen is no finding here
+    std::string conffile = vdaconfigfor(name, bytes, quiet);
+    datatree_t *conf = conffile.empty() ? nullptr : loadconfig(conffile, rep);
+    if (conf == nullptr) {
+        rep.append(quiet);
+        return 1;
+    }
+    int n = validatevda(name, bytes, conf, rep);
+    freedatatree(conf);
+    return n;
 }
 
 // Runs `body` on a new result; out of memory gives a failed result, or
@@ -299,7 +327,7 @@ edi_result *edi_validate(const char *path)
             res.status = 1;
             return;
         }
-        res.status = validatefile(name, bytes, res.rep) > 0 ? 1 : 0;
+        res.status = validateany(name, bytes, res.rep) > 0 ? 1 : 0;
     });
 }
 
@@ -308,7 +336,7 @@ edi_result *edi_validate_memory(const void *data, size_t len, const char *name)
     return withresult([&](edi_result &res) {
         std::string bytes = data != nullptr ? std::string(static_cast<const char *>(data), len)
                                             : std::string();
-        res.status = validatefile(name != nullptr ? name : "input", bytes, res.rep) > 0 ? 1 : 0;
+        res.status = validateany(name != nullptr ? name : "input", bytes, res.rep) > 0 ? 1 : 0;
     });
 }
 

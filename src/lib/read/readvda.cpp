@@ -11,6 +11,7 @@
 #include "files/output.h"
 #include "read/readinput.h"
 #include "vda/layout.h"
+#include "vda/lines.h"
 #include "vda/place.h"
 #include "findings/report.h"
 #include "text/segments.h"
@@ -19,47 +20,12 @@ namespace edi {
 
 namespace {
 
-constexpr size_t recordwidth = 128;
-constexpr size_t kRecordWidth = recordwidth;
 
 bool isrecordtype(const std::string &line)
 {
     return line.size() >= 3 && familyoftype(line.substr(0, 3)) != nullptr;
 }
 
-// The lines of the working copy: a byte-order mark taken off, a file
-// without line ends cut into records of 128 characters, every line closed
-// by a line end (the module takes the last character of a line off
-// unseen).
-std::vector<std::string> workinglines(const std::string &bytes, bool raw,
-                                      std::vector<std::string> &changes)
-{
-    std::string text = bytes;
-    if (!raw && text.compare(0, 3, "\xEF\xBB\xBF") == 0) {
-        text.erase(0, 3);
-        changes.push_back("byte-order mark taken off");
-    }
-    std::vector<std::string> lines;
-    if (!raw && text.find_first_of("\r\n") == std::string::npos && text.size() > recordwidth) {
-        for (size_t i = 0; i < text.size(); i += recordwidth)
-            lines.push_back(text.substr(i, recordwidth) + "\n");
-        changes.push_back("no line ends: read as " + std::to_string(lines.size()) +
-                          " records of 128 characters");
-        return lines;
-    }
-    size_t start = 0;
-    while (start < text.size()) {
-        size_t nl = text.find('\n', start);
-        size_t end = nl == std::string::npos ? text.size() : nl + 1;
-        lines.push_back(text.substr(start, end - start));
-        start = end;
-    }
-    if (!raw && !lines.empty() && lines.back().back() != '\n') {
-        lines.back() += "\n";
-        changes.push_back("line end added behind the last line");
-    }
-    return lines;
-}
 
 // "hh:mm:ss.mmm (ediprot       :LINE): N: len ..." gives the line number N
 // the module is at; 0 for any other line.
@@ -93,12 +59,6 @@ bool configured(const datatree_t *config, const std::string &line)
     return false;
 }
 
-// A line without any character but blanks, line ends and the end-of-file
-// mark (Ctrl-Z) of old transfer programs carries nothing.
-bool blankline(const std::string &l)
-{
-    return l.find_first_not_of(" \r\n\x1a") == std::string::npos;
-}
 
 bool modulemessage(const std::string &l)
 {
@@ -206,16 +166,6 @@ ReadResult readvdamodule(const Module &mod, const Settings &opt, datatree_t *con
     return res;
 }
 
-// The line without its line end.
-std::string content(const std::string &line)
-{
-    size_t n = line.size();
-    if (n > 0 && line[n - 1] == '\n')
-        n--;
-    if (n > 0 && line[n - 1] == '\r')
-        n--;
-    return line.substr(0, n);
-}
 
 // The records of one transmission by type, to check its trailer against.
 struct Transmission {

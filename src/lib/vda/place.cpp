@@ -48,7 +48,8 @@ void RecordPlacer::append(Frame &f, datatree_t *tp)
     f.lastchild = tp;
 }
 
-bool RecordPlacer::place(datatree_t *record, const datatree_t *confnode)
+bool RecordPlacer::place(datatree_t *record, const datatree_t *confnode,
+                         std::vector<const datatree_t *> *opened)
 {
     // The configuration path from the root down to the record's node.
     std::vector<const datatree_t *> path;
@@ -93,6 +94,8 @@ bool RecordPlacer::place(datatree_t *record, const datatree_t *confnode)
             edihost_outofmemory();
         if (isloop(conf))
             inst->loopcnt = ++instances_[{parent.node, conf}];
+        if (opened != nullptr)
+            opened->push_back(conf);
         append(parent, inst);
         stack_.push_back(Frame{conf, inst, position(down[j + 1]), nullptr});
     }

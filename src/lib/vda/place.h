@@ -28,8 +28,10 @@ public:
     // below the configuration's root), and takes it over.  False when it
     // has no place behind the records placed so far (a configuration whose
     // top level is no loop cannot take a second transmission): the record
-    // is then the caller's still.
-    bool place(datatree_t *record, const datatree_t *confnode);
+    // is then the caller's still.  `opened`, when given, receives the
+    // configuration nodes of the loop instances the record began.
+    bool place(datatree_t *record, const datatree_t *confnode,
+               std::vector<const datatree_t *> *opened = nullptr);
 
 private:
     struct Frame {
