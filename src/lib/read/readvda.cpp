@@ -257,9 +257,14 @@ ReadResult readvdainput(const Module &mod, const Settings &opt, datatree_t *conf
             record = mod.makerecord(buf.data(), &confnode, config);
         }
         if (record == nullptr) {
+            const VdaFamily *other = familyoftype(line.substr(0, 3));
+            std::string why = other != nullptr && family != nullptr && other != family
+                                  ? " (a " + std::string(other->name) + " record in a " +
+                                        family->name + " file)"
+                                  : "";
             Finding &f = rep.add(EDI_FINDING_LEFT_OUT, EDI_SEVERITY_ERROR, input,
                                  "line " + std::to_string(lineno) + ": record type " + type +
-                                     " is not in the configuration");
+                                     " is not in the configuration" + why);
             f.segment = lineno;
             f.tag = line.substr(0, 3);
             lost.push_back("line " + std::to_string(lineno) + " (" + type + ")");
