@@ -1,7 +1,7 @@
 #!/usr/bin/env bash
 # The main job on the bundled samples, with the programs of build folder $1:
 # each EDIFACT sample read to JSON and written back as an interchange, the
-# VDA 4905 sample read to JSON and written back as a record file, and each
+# VDA samples read to JSON and written back as record files, and each
 # result compared with its source.  The results land in $2 (default
 # build/samples-out).
 set -euo pipefail
@@ -36,17 +36,21 @@ for sample in samples/*.edi; do
   [ -e "$inconf" ] || { echo "   missing $inconf"; status=1; }
 done
 
-vda=samples/vda4905-sample.txt
-echo "== $vda"
-"$edi" vda-read "$vda" --config configs/vda4905.tree --format json -o "$out/vda4905.json"
-echo "   read: $out/vda4905.json ($(grep -c '"name"' "$out/vda4905.json") nodes)"
-# vdawrite names each record it writes on stderr; those lines go to a log.
-"$edi" vda-write "$out/vda4905.json" --config configs/vda4905.tree -o "$out/vda4905.txt" \
-       2>"$out/vda4905.log" || { cat "$out/vda4905.log" >&2; exit 1; }
-echo "   written back: $out/vda4905.txt ($(grep -c '^dnode: ' "$out/vda4905.log") records listed in $out/vda4905.log)"
-if cmp -s "$vda" "$out/vda4905.txt"; then
-  echo "   records and trailer: the same ($(wc -l <"$vda") lines)"
-else
-  echo "   the file written back differs from the sample"; status=1
-fi
+# The VDA samples: the layout (4905 or 4913) is found from each file.
+for vda in samples/vda49*-sample.txt; do
+  name=$(basename "$vda" -sample.txt)
+  echo "== $vda"
+  "$edi" vda-read "$vda" --format json -o "$out/$name.json" 2>"$out/$name.read.log" ||
+    { cat "$out/$name.read.log" >&2; exit 1; }
+  echo "   read: $out/$name.json ($(grep -c '"name"' "$out/$name.json") nodes); $(cat "$out/$name.read.log")"
+  # vdawrite names each record it writes on stderr; those lines go to a log.
+  "$edi" vda-write "$out/$name.json" -o "$out/$name.txt" --verbose \
+         2>"$out/$name.log" || { cat "$out/$name.log" >&2; exit 1; }
+  echo "   written back: $out/$name.txt ($(grep -c 'dnode: ' "$out/$name.log") records listed in $out/$name.log)"
+  if cmp -s "$vda" "$out/$name.txt"; then
+    echo "   records and trailer: the same ($(wc -l <"$vda") lines)"
+  else
+    echo "   the file written back differs from the sample"; status=1
+  fi
+done
 exit $status
