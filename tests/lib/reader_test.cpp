@@ -6,6 +6,7 @@
 #include <string.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <fstream>
 #include <sstream>
 #include <string>
@@ -483,6 +484,64 @@ TEST(Library, DirectoryDataChosenPerCall)
     EXPECT_EQ(notes(some), 0u);
     edi_result_free(none);
     edi_result_free(some);
+}
+
+}  // namespace
+
+namespace {
+
+// The loop instances of `name` anywhere in the tree.
+size_t instances(const datatree_t *tp, const char *name)
+{
+    size_t n = 0;
+    for (; tp != nullptr; tp = tp->next)
+        n += (tp->xmltag != nullptr && strcmp(tp->xmltag, name) == 0) + instances(tp->child, name);
+    return n;
+}
+
+TEST(Vda, EveryRecordKeptAsLoopInstancesAndWrittenBack)
+{
+    struct Case {
+        std::string file;
+        std::vector<std::pair<const char *, size_t>> loops;
+    } cases[] = {
+        {corpus + "../vda/edifabric_Vda_4905_02_MultipleMessages.txt",
+         {{"*TRANSMISSION", 2}, {"*CALLOFF", 2}, {"*TEXT518", 4}}},
+        {samples + "vda4913-sample.txt",
+         {{"*TRANSPORT", 1}, {"*DELIVERYNOTE", 2}, {"*ITEM", 3}, {"*PACKAGING", 3}}},
+    };
+    for (const Case &c : cases) {
+        edi_result *read = edi_vda_read(c.file.c_str(), nullptr, nullptr);
+        ASSERT_EQ(edi_result_status(read), 0) << c.file;
+        for (const auto &[name, n] : c.loops)
+            EXPECT_EQ(instances(edi_result_tree(read), name), n) << c.file << " " << name;
+        edi_result *written = edi_vda_write(edi_result_tree(read), nullptr, nullptr);
+        ASSERT_EQ(edi_result_status(written), 0) << c.file;
+        std::string want, got = edi_result_text(written, nullptr);
+        for (char ch : slurp(c.file))
+            if (ch != '\r' && ch != '\n')
+                want += ch;
+        got.erase(std::remove_if(got.begin(), got.end(), [](char ch) { return ch == '\r' || ch == '\n'; }),
+                  got.end());
+        EXPECT_EQ(got, want.substr(want.compare(0, 3, "\xEF\xBB\xBF") == 0 ? 3 : 0)) << c.file;
+        edi_result_free(read);
+        edi_result_free(written);
+    }
+}
+
+TEST(Vda, ValidationNamesLineAndField)
+{
+    std::string text = slurp(samples + "vda4913-sample.txt");
+    text.replace(128 + 2 + 40, 7, "00023X0");  // 712 gross weight, line 2
+    edi_result *res = edi_validate_memory(text.data(), text.size(), "v.txt");
+    EXPECT_EQ(edi_result_status(res), 1);
+    ASSERT_EQ(edi_result_finding_count(res), 1u);
+    const edi_finding *f = edi_result_finding(res, 0);
+    EXPECT_EQ(f->kind, EDI_FINDING_VALIDATION);
+    EXPECT_EQ(f->segment, 2u);
+    EXPECT_STREQ(f->tag, "712");
+    EXPECT_STREQ(f->element, "grossweight");
+    edi_result_free(res);
 }
 
 }  // namespace
