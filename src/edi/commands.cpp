@@ -80,6 +80,7 @@ Exit readone(const Options &opt, const std::string &input, const std::string &ou
     o.keep_going = opt.keepgoing;
     o.trace = opt.trace;
     o.servconf = opt.servconf.empty() ? nullptr : opt.servconf.c_str();
+    o.max_findings = opt.maxerrors;
     if (!vda) {
         o.configs = configs.data();
         o.nconfigs = configs.size();
@@ -117,6 +118,19 @@ Exit readone(const Options &opt, const std::string &input, const std::string &ou
     }
     for (const edi_finding *f : validation)
         printfinding(f, opt.verbose, stderr);
+    if (!opt.report.empty()) {
+        // --report names one file; with several inputs, one per input.
+        std::string where = opt.report;
+        if (where != "-" && isfolder(where))
+            where = infolder(where, input, "findings.json");
+        char *doc = edi_result_report(res, input.c_str());
+        edi_result *saved = edi_save(where.c_str(), doc, doc != nullptr ? strlen(doc) : 0);
+        printfindings(saved, opt.verbose, stderr);
+        if (edi_result_status(saved) != 0)
+            status = exit_failed;
+        edi_result_free(saved);
+        edi_free(doc);
+    }
     edi_result_free(res);
     return status;
 }
@@ -124,8 +138,23 @@ Exit readone(const Options &opt, const std::string &input, const std::string &ou
 Exit validatecommand(const Options &opt)
 {
     Exit status = exit_ok;
+    edi_options o;
+    edi_options_init(&o);
+    o.max_findings = opt.maxerrors;
     for (const std::string &input : expandinputs(opt.inputs)) {
-        edi_result *res = edi_validate(input.c_str());
+        edi_result *res = edi_validate_opt(input.c_str(), &o);
+        if (opt.format == "json") {
+            // One document per input, on one line: the findings are the
+            // command's result.
+            char *doc = edi_result_report(res, input.c_str());
+            if (doc != nullptr)
+                fputs(doc, stdout);
+            edi_free(doc);
+            if (edi_result_status(res) != 0)
+                status = exit_failed;
+            edi_result_free(res);
+            continue;
+        }
         // Findings on stdout: they are the command's result; a file that
         // cannot be read is a failure on stderr.
         for (size_t i = 0; i < edi_result_finding_count(res); i++) {

@@ -39,7 +39,7 @@ const CommandHelp helps[] = {
          "'edi COMMAND --help' describes a command.\n"},
     {"read", "usage: edi read INPUT... [--servconf FILE | --config FILE...]\n"
              "                [--format tree|json] [--raw] [--keep-going] [--verbose]\n"
-             "                [-j N] [-o OUT]\n"
+             "                [--validate [--max-errors N]] [--report FILE] [-j N] [-o OUT]\n"
              "\n"
              "Reads each EDIFACT interchange into a tree.  The configuration is\n"
              "chosen by the file's document type and sender from the service\n"
@@ -56,10 +56,11 @@ const CommandHelp helps[] = {
              "their own and ends with a summary.  Segments the configuration has\n"
              "no place for are listed and fail the read unless --keep-going.\n"
              "--validate also checks each file against its directories as edi\n"
-             "validate does, on stderr.  Without --config or --servconf each\n"
-             "message type's configuration is generated from the directory its\n"
-             "UNH names.\n"},
-    {"validate", "usage: edi validate INPUT...\n"
+             "validate does, on stderr.  --report FILE writes every finding of\n"
+             "the read (and of --validate) as JSON (docs/validation.md).  Without\n"
+             "--config or --servconf each message type's configuration is\n"
+             "generated from the directory its UNH names.\n"},
+    {"validate", "usage: edi validate INPUT... [--format text|json] [--max-errors N]\n"
                  "\n"
                  "Checks each EDIFACT interchange against the directory that each\n"
                  "message header names and prints one line per finding: file, message\n"
@@ -68,8 +69,13 @@ const CommandHelp helps[] = {
                  "repeated more often than allowed, a segment with no place in the\n"
                  "structure, a value longer than its representation, a non-numeric\n"
                  "value in a numeric element, a code not in its code list, a UNT\n"
-                 "count or reference that does not match.  Exit status 1 when\n"
-                 "anything was found.\n"},
+                 "count or reference that does not match.  A VDA record file (511 to\n"
+                 "519, 711 to 719) is checked against its layout: record length and\n"
+                 "type, numbers, dates, mandatory fields, order, trailer counts.\n"
+                 "--format json writes one JSON document per input with every\n"
+                 "finding, its place and its syntax error code (docs/validation.md);\n"
+                 "--max-errors N stops after N findings of an input.  Exit status 1\n"
+                 "when anything was found.\n"},
     {"write", "usage: edi write TREE [--config FILE... | --message TYPE:DIRECTORY]\n"
               "                 --sender ID --recipient ID\n"
               "                 [--test] [--reference REF | --exact] [--verbose] -o OUT\n"
@@ -145,12 +151,23 @@ bool parseoptions(int argc, char **argv, Options &opt)
             return 0;
         };
         int r = 0;
-        std::string trace, jobs;
+        std::string trace, jobs, maxerrors;
         if ((r = value("--servconf", opt.servconf)) || (r = value("-o", opt.output)) ||
             (r = value("--output", opt.output)) || (r = value("--reference", opt.reference)) ||
             (r = value("--message", opt.message))) {
             if (r < 0)
                 return false;
+        } else if ((r = value("--report", opt.report))) {
+            if (r < 0)
+                return false;
+        } else if ((r = value("--max-errors", maxerrors))) {
+            if (r < 0)
+                return false;
+            char *end = nullptr;
+            long v = strtol(maxerrors.c_str(), &end, 10);
+            if (maxerrors.empty() || *end != '\0' || v < 1)
+                return usage("--max-errors takes a number from 1 on, not '%s'", maxerrors.c_str());
+            opt.maxerrors = static_cast<size_t>(v);
         } else if ((r = value("--format", opt.format))) {
             if (r < 0)
                 return false;
@@ -225,8 +242,16 @@ bool parseoptions(int argc, char **argv, Options &opt)
     if (opt.command != "read" && opt.command != "write" && opt.command != "vda-read" &&
         opt.command != "vda-write" && opt.command != "validate")
         return usage("unknown command '%s'", opt.command.c_str());
-    if (opt.format != "tree" && opt.format != "json")
+    if (opt.command == "validate") {
+        if (opt.format != "tree" && opt.format != "text" && opt.format != "json")
+            return usage("--format of validate takes text or json, not '%s'", opt.format.c_str());
+    } else if (opt.format != "tree" && opt.format != "json") {
         return usage("--format takes tree or json, not '%s'", opt.format.c_str());
+    }
+    if (!opt.report.empty() && opt.command != "read")
+        return usage("%s--report is an option of read", "");
+    if (opt.maxerrors > 0 && opt.command != "validate" && !(opt.command == "read" && opt.validate))
+        return usage("%s--max-errors is an option of validate and read --validate", "");
     // Without --format, an output file named *.json gets JSON: that is what
     // anyone naming it so expects.  A folder as OUT keeps tree text.
     const std::string &out = opt.output;

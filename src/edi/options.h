@@ -31,6 +31,8 @@ struct Options {
     std::vector<std::string> configs; // every --config given, in order
     std::string message;              // --message TYPE:DIRECTORY (write without --config)
     bool validate = false;            // --validate (read), or the command validate
+    std::string report;               // --report FILE (read): the findings as JSON
+    size_t maxerrors = 0;             // --max-errors N: findings of an input; 0 all
     int trace = -1;                   // --trace LEVEL, -1 if not given
     bool help = false, version = false;
 };

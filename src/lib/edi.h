@@ -89,6 +89,24 @@ typedef struct edi_finding {
     int verbose;         /* 0: always shown by the edi command; 1: a detail it
                             shows only with --verbose; 2: a summary that
                             stands for details, shown only without --verbose */
+    /* The exact place and the code, as far as known (0 or "" when not): */
+    const char *interchange_ref; /* UNB 0020 of the interchange it is in */
+    const char *message_ref;     /* UNH 0062 of its message */
+    size_t file_segment;  /* segment position in the file, from 1 (VDA: the line) */
+    size_t offset;        /* byte offset of that segment (or line) in the file */
+    int element_pos;      /* element position in the segment, from 1 */
+    int component_pos;    /* component position in the element, from 1 */
+    int repetition;       /* repetition of the element, from 1 */
+    const char *data_element; /* data element, composite or component number
+                                 (0065, C002, 1001) or VDA field name */
+    const char *value;    /* the value found */
+    int code;             /* UN/EDIFACT syntax error code (data element 0085):
+                             12 invalid value, 13 missing, 15 not supported in
+                             this position, 16 too many constituents, 28
+                             references do not match, 29 control count does
+                             not match, 35 too many repetitions, 36 too many
+                             segment group repetitions, 37 invalid type of
+                             characters, 39 data element too long; 0 none */
 } edi_finding;
 
 /* ---- options -------------------------------------------------------- */
@@ -112,6 +130,8 @@ typedef struct edi_options {
     int trace;                 /* module trace level 0..15, or -1 for none */
     const char *directories;   /* the directory data folder (D96A.json, ...);
                                   NULL: as edi_directories_path says */
+    size_t max_findings;       /* validation stops collecting after this many
+                                  findings of an input; 0: all */
 } edi_options;
 
 /* Sets every field to its default: nothing set, trace -1. */
@@ -296,6 +316,13 @@ EDI_API edi_result *edi_write_messages(datatree_t *const *messages, size_t n,
  * Status 0 for a clean file, 1 with findings. */
 EDI_API edi_result *edi_validate(const char *path);
 EDI_API edi_result *edi_validate_memory(const void *data, size_t len, const char *name);
+/* The same with options: the directory data and max_findings of `opt`
+ * (NULL: the defaults). */
+EDI_API edi_result *edi_validate_opt(const char *path, const edi_options *opt);
+
+/* The result's findings as one JSON document on one line, `file` naming
+ * the input (docs/validation.md gives the schema); free with edi_free. */
+EDI_API char *edi_result_report(const edi_result *res, const char *file);
 
 /* ---- configurations ------------------------------------------------- */
 

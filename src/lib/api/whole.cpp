@@ -13,6 +13,7 @@
 #include "directory/configgen.h"
 #include "directory/validatefile.h"
 #include "edihost.h"
+#include "findings/reportjson.h"
 #include "files/output.h"
 #include "trees/jsontree.h"
 #include "trees/treeload.h"
@@ -67,10 +68,11 @@ bool looksvda(const std::string &bytes)
 
 // Validation of an interchange against its directories, or of a VDA file
 // against the bundled configuration of its records; the number of findings.
-int validateany(const std::string &name, const std::string &bytes, Report &rep)
+int validateany(const std::string &name, const std::string &bytes, Report &rep,
+                size_t maxfindings = 0)
 {
     if (!looksvda(bytes))
-        return validatefile(name, bytes, rep);
+        return validatefile(name, bytes, rep, maxfindings);
     Report quiet;  // the note on the configuration chosen is no finding here
     std::string conffile = vdaconfigfor(name, bytes, quiet);
     datatree_t *conf = conffile.empty() ? nullptr : loadconfig(conffile, rep);
@@ -142,7 +144,7 @@ void readinto(edi_result &res, const std::string &name, std::string bytes,
     res.changes = rr.changes;
     // The module's read is the same with or without validation; the
     // findings come behind it and fail the read.
-    if (opt != nullptr && opt->validate && validatefile(name, copy, res.rep) > 0)
+    if (opt != nullptr && opt->validate && validatefile(name, copy, res.rep, opt->max_findings) > 0)
         res.status = 1;
     if (rr.tree == nullptr)
         res.status = 1;
@@ -329,6 +331,37 @@ edi_result *edi_validate(const char *path)
         }
         res.status = validateany(name, bytes, res.rep) > 0 ? 1 : 0;
     });
+}
+
+edi_result *edi_validate_opt(const char *path, const edi_options *opt)
+{
+    return withresult([&](edi_result &res) {
+        std::string name = path != nullptr ? path : "";
+        std::string bytes;
+        if (!inputbytes(name, bytes, res.rep)) {
+            res.status = 1;
+            return;
+        }
+        DirectoriesInUse dirs(opt != nullptr && opt->directories != nullptr ? opt->directories
+                                                                              : "");
+        size_t max = opt != nullptr ? opt->max_findings : 0;
+        res.status = validateany(name, bytes, res.rep, max) > 0 ? 1 : 0;
+    });
+}
+
+char *edi_result_report(const edi_result *res, const char *file)
+{
+    if (res == nullptr)
+        return nullptr;
+    try {
+        bool failed = false;
+        for (const Finding &f : res->rep.items())
+            failed = failed || f.kind == EDI_FINDING_FAILURE;
+        std::string status = failed ? "failed" : res->status == 0 ? "ok" : "findings";
+        return cstring(reportjson(file != nullptr ? file : "", status, res->rep), nullptr);
+    } catch (const std::bad_alloc &) {
+        return nullptr;
+    }
 }
 
 edi_result *edi_validate_memory(const void *data, size_t len, const char *name)

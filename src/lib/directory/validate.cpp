@@ -55,16 +55,35 @@ std::string entryname(const json &e)
 }
 
 struct Checker {
+    Checker(DirectoryData &data, const std::vector<SegmentValues> &segments)
+        : d(data), segs(segments)
+    {
+    }
     DirectoryData &d;
     const std::vector<SegmentValues> &segs;
     std::vector<Finding> out;
     size_t pos = 0;
     std::vector<std::pair<const json *, const size_t *>> stack;  // each level's list and entry
 
-    void report(size_t at, const std::string &text)
+    // Where in the segment the check is (element, repetition, component),
+    // set while one is checked.
+    int element = 0, repetition = 0, component = 0;
+
+    void report(size_t at, int code, const std::string &text, const std::string &id = "",
+                const std::string &value = "")
     {
         size_t i = std::min(at, segs.size() - 1);
-        out.push_back(Finding{i + 1, segs[i].tag, text});
+        Finding f;
+        f.segment = i + 1;
+        f.tag = segs[i].tag;
+        f.text = text;
+        f.code = code;
+        f.element = element;
+        f.component = component;
+        f.repetition = repetition;
+        f.id = id;
+        f.value = value;
+        out.push_back(std::move(f));
     }
 
     // The first entry from `from` on that takes `tag`, or list.size().
@@ -88,15 +107,17 @@ struct Checker {
     void close(const json &e, int count)
     {
         if (count == 0 && e.value("req", "C") == "M")
-            report(pos, "mandatory " + entryname(e) + " missing");
+            report(pos, 13, "mandatory " + entryname(e) + " missing", firsttag(e));
     }
 
     void take(const json &e, int count)
     {
         int max = e.value("max", 1);
         if (max >= 0 && count == max + 1)
-            report(pos, entryname(e) + " repeated more often than allowed (at most " +
-                            std::to_string(max) + ")");
+            report(pos, e.contains("group") ? 36 : 35,
+                   entryname(e) + " repeated more often than allowed (at most " +
+                       std::to_string(max) + ")",
+                   firsttag(e));
         if (e.contains("group")) {
             size_t before = pos;
             run(e["children"]);
@@ -139,7 +160,7 @@ struct Checker {
             }
             if (outer(tag))
                 break;
-            report(pos, "segment " + tag + " has no place in the message structure here");
+            report(pos, 15, "segment " + tag + " has no place in the message structure here", tag);
             pos++;
         }
         close(list[idx], count);
@@ -193,41 +214,51 @@ struct Checker {
                     digits = 0, i = v.size();
             }
             if (digits == 0) {
-                report(pos, "value " + shown(v) + " of " + id + " is not numeric (" + repr + ")");
+                report(pos, 37, "value " + shown(v) + " of " + id + " is not numeric (" + repr + ")",
+                       id, v);
                 return;
             }
         }
         size_t at = repr.find_first_of("0123456789");
         size_t max = at == std::string::npos ? 0 : std::stoul(repr.substr(at, 6));
         if (e.value("reprfrom", "") != "codes" && max > 0 && len > max)
-            report(pos, "value " + shown(v) + " of " + id + " is longer than " + repr);
+            report(pos, 39, "value " + shown(v) + " of " + id + " is longer than " + repr, id, v);
         if (e.value("coded", false))
             if (auto *codes = codelist(id);
                 codes && !std::binary_search(codes->begin(), codes->end(), v))
-                report(pos, "code " + shown(v) + " of " + id + " is not in its code list");
+                report(pos, 12, "code " + shown(v) + " of " + id + " is not in its code list", id, v);
     }
 
     // Repetitions of a syntax version 4 segment on the positions of the
     // layout: each element's repetitions, then empty ones up to its maximum.
     std::vector<std::vector<std::string>> positional;
+    std::vector<std::pair<int, int>> where;  // each position's element and repetition
     const std::vector<std::vector<std::string>> &positions(const SegmentValues &s)
     {
         positional.clear();
+        where.clear();
         const json &entries = d.j["segments"][s.tag]["elements"];
         size_t at = 0;
         for (size_t k = 0; k < s.repeats.size(); k++) {
             size_t n = s.repeats[k], max = n;
             if (k < entries.size()) {
                 max = size_t(std::clamp(entries[k].value("max", 1), 1, 99));
-                if (n > max)
-                    report(pos, "element " + entries[k].value("id", "") +
-                                    " repeated more often than allowed (at most " +
-                                    std::to_string(max) + ")");
+                if (n > max) {
+                    element = static_cast<int>(k + 1);
+                    repetition = static_cast<int>(max + 1);
+                    report(pos, 35, "element " + entries[k].value("id", "") +
+                                        " repeated more often than allowed (at most " +
+                                        std::to_string(max) + ")",
+                           entries[k].value("id", ""));
+                    element = repetition = 0;
+                }
             }
-            for (size_t r = 0; r < max; r++)
+            for (size_t r = 0; r < max; r++) {
                 positional.push_back(r < n && at + r < s.elements.size()
                                          ? s.elements[at + r]
                                          : std::vector<std::string>{});
+                where.emplace_back(static_cast<int>(k + 1), static_cast<int>(r + 1));
+            }
             at += n;
         }
         return positional;
@@ -249,43 +280,57 @@ struct Checker {
             s.repeats.empty() ? s.elements : positions(s);
         auto &composites = d.j["composites"];
         for (size_t k = 0; k < std::max(layout.size(), elements.size()); k++) {
+            if (!s.repeats.empty() && k < where.size()) {
+                element = where[k].first;
+                repetition = where[k].second;
+            } else {
+                element = static_cast<int>(k + 1);
+                repetition = 0;
+            }
+            component = 0;
             static const std::vector<std::string> none;
             const std::vector<std::string> &comps = k < elements.size() ? elements[k] : none;
             bool empty = std::all_of(comps.begin(), comps.end(), [](auto &c) { return c.empty(); });
             if (k >= layout.size()) {
                 if (!empty)
-                    report(pos, "element " + std::to_string(k + 1) + " has no place in " + s.tag +
-                                    ", which has " + std::to_string(layout.size()));
+                    report(pos, 16, "element " + std::to_string(k + 1) + " has no place in " +
+                                        s.tag + ", which has " + std::to_string(layout.size()),
+                           "", comps.empty() ? "" : comps[0]);
                 continue;
             }
             std::string id = layout[k].first->value("id", "");
             if (empty) {
                 if (layout[k].second && layout[k].first->value("req", "C") == "M")
-                    report(pos, "mandatory element " + id + " missing");
+                    report(pos, 13, "mandatory element " + id + " missing", id);
                 continue;
             }
             if (!composites.contains(id)) {
                 checkvalue(id, comps[0]);
-                if (comps.size() > 1)
-                    report(pos, "element " + id + " has no components");
+                if (comps.size() > 1) {
+                    component = 2;
+                    report(pos, 16, "element " + id + " has no components", id, comps[1]);
+                }
                 continue;
             }
             auto &parts = composites[id]["components"];
             for (size_t c = 0; c < std::max(parts.size(), comps.size()); c++) {
+                component = static_cast<int>(c + 1);
                 std::string v = c < comps.size() ? comps[c] : std::string();
                 if (c >= parts.size()) {
                     if (!v.empty())
-                        report(pos,
-                               "component " + std::to_string(c + 1) + " has no place in " + id);
+                        report(pos, 16,
+                               "component " + std::to_string(c + 1) + " has no place in " + id, id,
+                               v);
                     continue;
                 }
                 std::string cid = parts[c].value("id", "");
                 if (v.empty() && parts[c].value("req", "C") == "M")
-                    report(pos, "mandatory component " + cid + " of " + id + " missing");
+                    report(pos, 13, "mandatory component " + cid + " of " + id + " missing", cid);
                 else
                     checkvalue(cid, v);
             }
         }
+        element = repetition = component = 0;
     }
 };
 
@@ -296,7 +341,7 @@ std::vector<Finding> validate(const Directory &d, const std::string &type,
 {
     if (d.data == nullptr || segs.empty() || !d.data->j["messages"].contains(type))
         return {};
-    Checker c{*d.data, segs, {}, 0, {}, {}};
+    Checker c(*d.data, segs);
     c.run(d.data->j["messages"][type]["structure"]);
     // The trailer's count and reference, as a partner checks them.
     const SegmentValues &unh = segs.front(), &unt = segs.back();
@@ -305,13 +350,20 @@ std::vector<Finding> validate(const Directory &d, const std::string &type,
     };
     if (unh.tag == "UNH" && unt.tag == "UNT") {
         std::string count = first(unt, 0), ref = first(unt, 1);
-        if (!count.empty() && count != std::to_string(segs.size()))
-            c.report(segs.size() - 1, "segment count " + shown(count) +
-                                          " of UNT, the message has " +
-                                          std::to_string(segs.size()));
-        if (!ref.empty() && ref != first(unh, 0))
-            c.report(segs.size() - 1, "message reference " + shown(ref) + " of UNT differs from " +
-                                          shown(first(unh, 0)) + " of UNH");
+        if (!count.empty() && count != std::to_string(segs.size())) {
+            c.element = 1;
+            c.report(segs.size() - 1, 29,
+                     "segment count " + shown(count) + " of UNT, the message has " +
+                         std::to_string(segs.size()),
+                     "0074", count);
+        }
+        if (!ref.empty() && ref != first(unh, 0)) {
+            c.element = 2;
+            c.report(segs.size() - 1, 28,
+                     "message reference " + shown(ref) + " of UNT differs from " +
+                         shown(first(unh, 0)) + " of UNH",
+                     "0062", ref);
+        }
     }
     return std::move(c.out);
 }

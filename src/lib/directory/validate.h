@@ -26,6 +26,12 @@ struct Finding {
     size_t segment = 0;  // position in the message, from 1 (UNH)
     std::string tag;     // the tag of that segment
     std::string text;    // what is wrong
+    int code = 0;        // syntax error code (0085): 12, 13, 15, 16, 28, 29, 35 ...
+    int element = 0;     // element position in the segment, from 1; 0: the segment
+    int component = 0;   // component position in the element, from 1; 0: none
+    int repetition = 0;  // repetition of the element, from 1; 0: none
+    std::string id;      // data element, composite or component number (C002, 1001)
+    std::string value;   // the value found
 };
 
 // The findings for a message of `type`, which the directory `d` has, with

@@ -79,34 +79,95 @@ struct Directories {
 
 namespace {
 
-void finding(Report &rep, const std::string &input, int msgno, size_t segment,
-             const std::string &tag, const std::string &what)
+// Offsets in the file of positions in its text without transport bytes:
+// the text is the file with bytes taken out between segments, so the two
+// are walked together, forward only, as the segments come.
+class FileOffsets {
+public:
+    FileOffsets(const std::string &file, const std::string &text) : file_(file), text_(text) {}
+    size_t at(size_t pos)
+    {
+        while (t_ < pos && t_ < text_.size()) {
+            while (f_ < file_.size() && file_[f_] != text_[t_])
+                f_++;
+            t_++;
+            f_++;
+        }
+        // The next byte of the text, where the file has it.
+        size_t f = f_;
+        while (t_ < text_.size() && f < file_.size() && file_[f] != text_[t_])
+            f++;
+        return f;
+    }
+
+private:
+    const std::string &file_, &text_;
+    size_t t_ = 0, f_ = 0;
+};
+
+// Where a message's findings are: its interchange, its number and header,
+// the file positions of its segments.
+struct MessagePlace {
+    const std::string &input;
+    int msgno = 0;
+    std::string interchangeref, messageref;
+    std::vector<size_t> filesegment, offset;  // per segment of the message, from 0
+};
+
+void finding(Report &rep, const MessagePlace &m, size_t segment, const std::string &tag,
+             const std::string &what, const edi::dirs::Finding *place = nullptr, int code = 0)
 {
-    Finding &f = rep.add(EDI_FINDING_VALIDATION, EDI_SEVERITY_ERROR, input,
-                         "message " + std::to_string(msgno) + ", segment " +
+    Finding &f = rep.add(EDI_FINDING_VALIDATION, EDI_SEVERITY_ERROR, m.input,
+                         "message " + std::to_string(m.msgno) + ", segment " +
                              std::to_string(segment) + " (" + printable(tag) + "): " + what);
-    f.message = msgno;
+    f.message = m.msgno;
     f.segment = segment;
     f.tag = tag;
+    f.interchangeref = m.interchangeref;
+    f.messageref = m.messageref;
+    if (segment >= 1 && segment <= m.filesegment.size()) {
+        f.filesegment = m.filesegment[segment - 1];
+        f.offset = m.offset[segment - 1];
+    }
+    f.code = code;
+    if (place != nullptr) {
+        f.code = place->code;
+        f.elementpos = place->element;
+        f.componentpos = place->component;
+        f.repetition = place->repetition;
+        f.dataelement = place->id;
+        f.value = place->value;
+        f.element = place->id;
+    }
 }
 
 }  // namespace
 
-int validatefile(const std::string &input, const std::string &bytes, Report &rep)
+int validatefile(const std::string &input, const std::string &bytes, Report &rep,
+                 size_t maxfindings)
 {
     TransportNotes tn;
     std::string text = striptransport(bytes, tn);
     std::vector<Segment> segs = cutsegments(text);
+    FileOffsets offsets(bytes, text);
     Directories dirs;
     int found = 0, msgno = 0;
     char repsep = 0;
     const Segment *una = nullptr;
-    for (size_t i = 0; i < segs.size(); i++) {
-        if (segs[i].tag == "UNA")
+    std::string interchangeref;
+    size_t unas = 0;  // UNA segments so far: no segment of the count
+    const size_t first = rep.items().size();
+    auto full = [&] { return maxfindings > 0 && rep.items().size() - first >= maxfindings; };
+    for (size_t i = 0; i < segs.size() && !full(); i++) {
+        if (segs[i].tag == "UNA") {
             una = &segs[i];
+            unas++;
+        }
         if (segs[i].tag == "UNB") {
             repsep = repetition(text, segs[i], una);
             una = nullptr;
+            std::vector<std::string> els = elementsof(segmentbody(text, segs[i]), segs[i].sx);
+            interchangeref = els.size() > 5 ? els[5] : "";
         }
         if (segs[i].tag != "UNH")
             continue;
@@ -119,18 +180,25 @@ int validatefile(const std::string &input, const std::string &bytes, Report &rep
                 break;
         }
         msgno++;
+        MessagePlace place{input, msgno, interchangeref, "", {}, {}};
+        for (size_t k = 0; k < msg.size(); k++) {
+            place.filesegment.push_back(i + k + 1 - unas);
+            place.offset.push_back(offsets.at(segs[i + k].begin));
+        }
         const auto &head = msg[0].elements;
+        place.messageref = !head.empty() && !head[0].empty() ? head[0][0] : "";
         std::vector<std::string> id = head.size() > 1 ? head[1] : std::vector<std::string>{};
         id.resize(4);
         std::string type = id[0], directory = id[1] + id[2];
         if (!type.empty() && (id[1].empty() || id[2].empty())) {
-            finding(rep, input, msgno, 1, "UNH", "the message header names no directory");
+            finding(rep, place, 1, "UNH", "the message header names no directory", nullptr, 13);
             found++;
             continue;
         }
         if (!id[3].empty() && id[3] != "UN") {
-            finding(rep, input, msgno, 1, "UNH",
-                    type + " of agency " + printable(id[3]) + ": only UN directories are known");
+            finding(rep, place, 1, "UNH",
+                    type + " of agency " + printable(id[3]) + ": only UN directories are known",
+                    nullptr, 14);
             found++;
             continue;
         }
@@ -140,14 +208,17 @@ int validatefile(const std::string &input, const std::string &bytes, Report &rep
             for (const auto &m : d->messages())
                 has = has || m.first == type;
         if (!has) {
-            finding(rep, input, msgno, 1, "UNH",
+            finding(rep, place, 1, "UNH",
                     type.empty() ? "the message header names no message type"
-                                 : missingmessage(type, directory, d != nullptr));
+                                 : missingmessage(type, directory, d != nullptr),
+                    nullptr, type.empty() ? 13 : 12);
             found++;
             continue;
         }
         for (const edi::dirs::Finding &f : edi::dirs::validate(*d, type, msg)) {
-            finding(rep, input, msgno, f.segment, f.tag, f.text);
+            if (full())
+                break;
+            finding(rep, place, f.segment, f.tag, f.text, &f);
             found++;
         }
     }

@@ -14,7 +14,9 @@ class Report;
 // Adds the findings for the EDIFACT file `input` (its `bytes`) to `rep`
 // and returns their number; a message whose directory or type the data
 // lacks counts as one finding, and so does a file without any message.
-int validatefile(const std::string &input, const std::string &bytes, Report &rep);
+// With `maxfindings` above 0, collecting stops after that many.
+int validatefile(const std::string &input, const std::string &bytes, Report &rep,
+                 size_t maxfindings = 0);
 
 }  // namespace edi
 

@@ -53,6 +53,16 @@ const edi_finding *Report::view(size_t i) const
             v.element = f.element.c_str();
             v.text = f.text.c_str();
             v.verbose = f.verbose;
+            v.interchange_ref = f.interchangeref.c_str();
+            v.message_ref = f.messageref.c_str();
+            v.file_segment = f.filesegment;
+            v.offset = f.offset;
+            v.element_pos = f.elementpos;
+            v.component_pos = f.componentpos;
+            v.repetition = f.repetition;
+            v.data_element = f.dataelement.c_str();
+            v.value = f.value.c_str();
+            v.code = f.code;
             views_.push_back(v);
         }
     }

@@ -26,6 +26,12 @@ struct Finding {
     // details and is shown only when they are not.
     int verbose = 0;
     static constexpr int detail = 1, summary = 2;
+    // The exact place and the syntax error code (0085), where known.
+    std::string interchangeref, messageref;
+    size_t filesegment = 0, offset = 0;
+    int elementpos = 0, componentpos = 0, repetition = 0;
+    std::string dataelement, value;
+    int code = 0;
 };
 
 class Report {

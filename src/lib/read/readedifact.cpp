@@ -216,6 +216,7 @@ bool reportleftout(const std::string &input, const Unit &u, const std::string &t
         f.message = msg;
         f.segment = lo.position;
         f.tag = lo.tag;
+        f.code = 15;  // not supported in this position
         changes.push_back("left out of the tree: " + what + behind);
         total += lo.count;
     }

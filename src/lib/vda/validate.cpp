@@ -70,16 +70,23 @@ struct Checker {
     Report &rep;
     int found = 0;
 
+    std::vector<size_t> offsets;  // of each working line in the file
+
     void add(size_t line, const std::string &type, const std::string &field,
-             const std::string &what)
+             const std::string &what, int code, const std::string &value = "")
     {
         std::string where = "line " + std::to_string(line) + " (" + printable(type) + ")";
         if (!field.empty())
             where += ", field " + field;
         Finding &f = rep.add(EDI_FINDING_VALIDATION, EDI_SEVERITY_ERROR, input, where + ": " + what);
         f.segment = line;
+        f.filesegment = line;
+        f.offset = line >= 1 && line <= offsets.size() ? offsets[line - 1] : 0;
         f.tag = type;
         f.element = field;
+        f.dataelement = field;
+        f.value = value;
+        f.code = code;
         found++;
     }
 
@@ -95,21 +102,21 @@ struct Checker {
             std::string name = f->xmltag != nullptr ? f->xmltag : "";
             std::string v = trimmed(value);
             if (f->ediforce == ef_mand && v.empty()) {
-                add(lineno, type, name, "mandatory, but blank");
+                add(lineno, type, name, "mandatory, but blank", 13);
                 continue;
             }
             if (v.empty())
                 continue;
             if (f->edialign == el_right && !digits(v)) {
-                add(lineno, type, name, "'" + printable(value) + "' is not a number");
+                add(lineno, type, name, "'" + printable(value) + "' is not a number", 37, value);
                 continue;
             }
             if (name.find("date") != std::string::npos && width == 6 && digits(value) &&
                 !isdate(value))
-                add(lineno, type, name, "'" + value + "' is no date (YYMMDD)");
+                add(lineno, type, name, "'" + value + "' is no date (YYMMDD)", 12, value);
             if (name.find("time") != std::string::npos && width == 4 && digits(value) &&
                 !istime(value))
-                add(lineno, type, name, "'" + value + "' is no time (HHMM)");
+                add(lineno, type, name, "'" + value + "' is no time (HHMM)", 12, value);
         }
     }
 };
@@ -119,12 +126,17 @@ struct Checker {
 int validatevda(const std::string &input, const std::string &bytes, const datatree_t *config,
                 Report &rep)
 {
-    Checker c{input, rep};
+    Checker c{input, rep, 0, {}};
     std::map<std::string, const datatree_t *> records;
     recordnodes(config, records);
     const VdaFamily *family = familyoftree(config);
     std::vector<std::string> changes;
     std::vector<std::string> lines = workinglines(bytes, false, changes);
+    size_t at = bytes.compare(0, 3, "\xEF\xBB\xBF") == 0 ? 3 : 0;
+    for (const std::string &l : lines) {
+        c.offsets.push_back(at);
+        at += l.size();
+    }
 
     // The order is checked by placing empty records as a read places them.
     datatree_t root{};
@@ -142,18 +154,21 @@ int validatevda(const std::string &input, const std::string &bytes, const datatr
         lastline = lineno;
         std::string type = line.substr(0, 3);
         if (line.size() != kRecordWidth)
-            c.add(lineno, type, "", std::to_string(line.size()) +
-                                        " characters; a record has 128");
+            c.add(lineno, type, "",
+                  std::to_string(line.size()) + " characters; a record has 128",
+                  line.size() > kRecordWidth ? 16 : 13);
         auto it = records.find(type);
         if (it == records.end()) {
-            c.add(lineno, type, "", "record type not in the layout");
+            c.add(lineno, type, "", "record type not in the layout", 15);
             continue;
         }
         c.fields(lineno, line, it->second);
         if (family != nullptr && type == family->header) {
             if (open)
-                c.add(lineno, type, "", "a new transmission begins, but the one before has no "
-                                        "trailer " + std::string(family->trailer));
+                c.add(lineno, type, "",
+                      "a new transmission begins, but the one before has no trailer " +
+                          std::string(family->trailer),
+                      13);
             counts.clear();
             open = true;
         }
@@ -164,8 +179,9 @@ int validatevda(const std::string &input, const std::string &bytes, const datatr
         std::vector<const datatree_t *> opened;
         if (!placer.place(node, it->second, &opened)) {
             free(node);
-            c.add(lineno, type, "", "out of order: the layout has no place for it behind the "
-                                    "records before it");
+            c.add(lineno, type, "",
+                  "out of order: the layout has no place for it behind the records before it",
+                  15);
             continue;
         }
         // A group begins with its first record (512 for a call-off, 713 for
@@ -175,8 +191,10 @@ int validatevda(const std::string &input, const std::string &bytes, const datatr
             while (first != nullptr && !isrecordnode(first) && first->child != nullptr)
                 first = first->child;
             if (first != nullptr && first != it->second && isrecordnode(first))
-                c.add(lineno, type, "", "begins a group " + std::string(loop->xmltag + 1) +
-                                            " without its record " + (first->xmltag + 2));
+                c.add(lineno, type, "",
+                      "begins a group " + std::string(loop->xmltag + 1) + " without its record " +
+                          (first->xmltag + 2),
+                      13);
         }
         if (family != nullptr && type == family->trailer) {
             open = false;
@@ -187,13 +205,14 @@ int validatevda(const std::string &input, const std::string &bytes, const datatr
                 if (!digits(said) || strtoul(said.c_str(), nullptr, 10) != have)
                     c.add(lineno, type, "count" + family->counted[k],
                           "'" + printable(said) + "', but the transmission holds " +
-                              std::to_string(have) + " records " + family->counted[k]);
+                              std::to_string(have) + " records " + family->counted[k],
+                          29, said);
             }
         }
     }
     if (open && family != nullptr)
-        c.add(lastline, family->header, "", "the last transmission has no trailer " +
-                                                std::string(family->trailer));
+        c.add(lastline, family->header, "",
+              "the last transmission has no trailer " + std::string(family->trailer), 13);
     if (lastline == 0) {
         rep.add(EDI_FINDING_VALIDATION, EDI_SEVERITY_ERROR, input, "no VDA record");
         c.found++;
