@@ -94,14 +94,50 @@ struct Checker {
         return from;
     }
 
-    // An enclosing level takes `tag` at its current entry or a later one.
-    bool outer(const std::string &tag) const
+    // The entry of an enclosing level that takes `tag` at its current
+    // entry or a later one, the nearest level first; NULL for none.
+    const json *outerentry(const std::string &tag) const
     {
-        for (size_t f = 0; f + 1 < stack.size(); f++)
+        for (size_t f = stack.size() - 1; f-- > 0;)
             for (size_t k = *stack[f].second; k < stack[f].first->size(); k++)
                 if (firsttag((*stack[f].first)[k]) == tag)
-                    return true;
-        return false;
+                    return &(*stack[f].first)[k];
+        return nullptr;
+    }
+    bool outer(const std::string &tag) const { return outerentry(tag) != nullptr; }
+
+    // How many segments from `at` on one occurrence of `e` would take, its
+    // own structure walked forward only (no enclosing level), counted up to
+    // `cap`: what decides between two places for a group's first segment.
+    size_t accepts(const json &e, size_t at, size_t cap) const
+    {
+        if (at >= segs.size() || firsttag(e) != segs[at].tag)
+            return 0;
+        if (!e.contains("group"))
+            return 1;
+        const json &list = e["children"];
+        size_t p = at;
+        for (size_t i = 0; i < list.size() && p < segs.size() && p - at < cap; i++) {
+            int max = list[i].value("max", 1);
+            for (int n = 0; (max < 0 || n < max) && p < segs.size() && p - at < cap; n++) {
+                size_t took = accepts(list[i], p, cap - (p - at));
+                if (took == 0)
+                    break;
+                p += took;
+            }
+        }
+        return p - at;
+    }
+
+    // Whether the segment at pos, which the current group could take for
+    // another occurrence, fits better in `other` (a later entry of this or an enclosing level):
+    // one occurrence there takes more of the segments that follow.  A
+    // message with the same group shape at two levels (DELFOR's SG8 inside
+    // SG4 and SG18 behind it) is placed where it continues.
+    bool fitsbetter(const json &current, const json *other) const
+    {
+        const size_t cap = 400;
+        return other != nullptr && accepts(*other, pos, cap) > accepts(current, pos, cap);
     }
 
     void close(const json &e, int count)
@@ -144,8 +180,14 @@ struct Checker {
             // entry or an enclosing level can take it instead.
             if (firsttag(list[idx]) == tag) {
                 int max = list[idx].value("max", 1);
-                bool elsewhere = later(list, idx + 1, tag) < list.size() || outer(tag);
-                if (max < 0 || count < max || !elsewhere) {
+                size_t next = later(list, idx + 1, tag);
+                const json *other = next < list.size() ? &list[next] : outerentry(tag);
+                bool elsewhere = other != nullptr;
+                // A group's next occurrence is weighed against the other
+                // place; a first occurrence or a segment is taken here.
+                bool again = count > 0 && list[idx].contains("group");
+                if (!elsewhere ||
+                    ((max < 0 || count < max) && !(again && fitsbetter(list[idx], other)))) {
                     take(list[idx], ++count);
                     continue;
                 }
