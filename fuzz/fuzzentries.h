@@ -36,6 +36,15 @@ int json(const uint8_t *data, size_t size);
 // or as data and configuration at once (bit 0 set); bit 1 set runs with
 // every trace point on.  0..2.
 int writers(const uint8_t *data, size_t size);
+// The bytes as an interchange through libedi (edi.h): edi_open_memory and
+// edi_next to the end.  A first byte 0x80..0xBF is no part of the input
+// but chooses: bit 0 raw, bit 1 without keep_going, bits 2-3 the
+// configuration (fuzz/small.tree, the service configuration
+// fuzz/servconf.conf, small.tree twice, none: generated from
+// fuzz/directories), bits 4 and 5 both set: edi_read_memory as well, with
+// the same options.  Without that byte: small.tree, keep going, no whole
+// read.  0..2.
+int libread(const uint8_t *data, size_t size);
 
 }  // namespace fuzzentry
 

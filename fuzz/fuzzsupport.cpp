@@ -97,6 +97,15 @@ datatree_t *fuzzconfig(const char *name)
     return loadonce(std::string("fuzz/") + name);
 }
 
+const char *fuzzpath(const char *name)
+{
+    static std::map<std::string, std::string> paths;
+    std::string &path = paths[name];
+    if (path.empty())
+        path = std::string(EDIPROT_CONFIGS) + "/../fuzz/" + name;
+    return path.c_str();
+}
+
 void loadservconf()
 {
     static bool done = false;

@@ -23,6 +23,9 @@ void removefiles();
 datatree_t *config(const char *name);
 // A configuration of the fuzz folder (fuzz/NAME), read once and kept.
 datatree_t *fuzzconfig(const char *name);
+// The path of a file of the fuzz folder (fuzz/NAME), kept for the life of
+// the process: for interfaces that take configuration files by name.
+const char *fuzzpath(const char *name);
 // Loads fuzz/servconf.conf once.
 void loadservconf();
 // Reads a whole file; false when it cannot be opened.

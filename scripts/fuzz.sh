@@ -3,9 +3,11 @@
 # for a fixed time.
 #   scripts/fuzz.sh [SECONDS] [TARGET...]   (default 40 seconds, all targets)
 #   FUZZ_WORK=build/fuzz/run2 scripts/fuzz.sh ...   (a second run beside one)
+#   FUZZ_BUILD=build/fuzz2 scripts/fuzz.sh ...      (another build folder)
 # Seeds: the test data, the corpus under tests/data/corpus, fuzz/seeds/ and every earlier
 # finding under fuzz/regressions/.  A crash, leak, sanitizer report,
-# timeout or out-of-memory is saved under build/fuzz/findings/, printed,
+# timeout or out-of-memory is saved under build/fuzz/findings/ (the
+# findings folder of FUZZ_BUILD), printed,
 # and makes the script exit with 1 (after the other targets have run).
 # Each target prints its executions, inputs a second and its coverage
 # (cov: edges).
@@ -14,7 +16,7 @@ cd "$(dirname "$0")/.."
 secs=${1:-40}
 shift || true
 targets=("$@")
-[ ${#targets[@]} -eq 0 ] && targets=(edifactread configread vdaread makerecord treetext json writers)
+[ ${#targets[@]} -eq 0 ] && targets=(edifactread configread vdaread makerecord treetext json writers libread)
 
 ./scripts/deps.sh
 if ! command -v clang++ >/dev/null ||
@@ -22,13 +24,14 @@ if ! command -v clang++ >/dev/null ||
   echo "fuzz.sh: needs clang with its libFuzzer runtime (Debian: clang, libclang-rt-dev)" >&2
   exit 2
 fi
-CC=clang CXX=clang++ cmake -S . -B build/fuzz -DCMAKE_BUILD_TYPE=RelWithDebInfo \
+build=${FUZZ_BUILD:-build/fuzz}
+CC=clang CXX=clang++ cmake -S . -B "$build" -DCMAKE_BUILD_TYPE=RelWithDebInfo \
    -DEDIPROT_BUILD_FUZZERS=ON -DEDIPROT_BUILD_TESTS=OFF -DEDIPROT_BUILD_BENCH=OFF >/dev/null
-cmake --build build/fuzz -j2 --target "${targets[@]/#/fuzz_}" >/dev/null
+cmake --build "$build" -j2 --target "${targets[@]/#/fuzz_}" >/dev/null
 
 # FUZZ_WORK names another work folder, so that two runs can share the build.
-work=${FUZZ_WORK:-build/fuzz/run}
-findings=build/fuzz/findings
+work=${FUZZ_WORK:-$build/run}
+findings=$build/findings
 rm -rf "$work"; mkdir -p "$work/tmp" "$findings"
 seed() {  # seed TARGET FILES...
   local dir="$work/corpus-$1"; shift
@@ -46,6 +49,15 @@ awk '{ f = sprintf("'"$work"'/corpus-makerecord/line%03d", NR); sub(/\r$/, ""); 
 seed treetext configs/*.tree tests/data/host/conf/* tests/data/edifact-out/*.tree
 seed json fuzz/seeds/json/*
 seed writers fuzz/seeds/writers/*
+seed libread fuzz/seeds/libread/*.edi tests/data/edifact/*
+# The libread seeds once more behind some mode bytes (fuzz/fuzzentries.h):
+# raw, without keep_going, servconf, two configurations, none, and the
+# whole read with some of them.
+for f in fuzz/seeds/libread/*.edi tests/data/edifact/*; do
+  for m in 129 130 132 136 140 176 182 189; do
+    { printf "\\$(printf %o "$m")"; cat "$f"; } >"$work/corpus-libread/$m-$(basename "$f")"
+  done
+done
 for d in fuzz/regressions/*/; do
   [ -d "$d" ] && seed "$(basename "$d")" "$d"*
 done
@@ -68,13 +80,13 @@ for t in "${targets[@]}"; do
   case $t in
     # An interchange of 2 KB holds every kind of segment and loop the small
     # configuration has; longer ones only slow the target down.
-    edifactread) dict=(-dict=fuzz/edifact.dict); maxlen=2048 ;;
+    edifactread|libread) dict=(-dict=fuzz/edifact.dict); maxlen=2048 ;;
     treetext|writers) dict=(-dict=fuzz/tree.dict) ;;
     configread) cat fuzz/tree.dict fuzz/edifact.dict >"$work/configread.dict"
                 dict=(-dict="$work/configread.dict") ;;
   esac
   rc=0
-  build/fuzz/fuzz/fuzz_$t "$work/corpus-$t" "${dict[@]}" \
+  "$build/fuzz/fuzz_$t" "$work/corpus-$t" "${dict[@]}" \
       -max_total_time="$secs" -max_len="$maxlen" -timeout=10 -rss_limit_mb=2048 \
       -close_fd_mask=2 -artifact_prefix="$findings/$t-" -print_final_stats=1 \
       >"$log" 2>&1 || rc=$?
