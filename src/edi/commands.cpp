@@ -168,6 +168,41 @@ Exit validatecommand(const Options &opt)
     return status;
 }
 
+Exit ackcommand(const Options &opt)
+{
+    std::vector<std::string> inputs = expandinputs(opt.inputs);
+    bool tofolder = !opt.output.empty() && (inputs.size() > 1 || isfolder(opt.output));
+    if (tofolder && !isfolder(opt.output)) {
+        fprintf(stderr, "edi: %s: not a folder (several inputs need a folder for -o)\n",
+                opt.output.c_str());
+        return exit_usage;
+    }
+    edi_options o;
+    edi_options_init(&o);
+    o.max_findings = opt.maxerrors;
+    Exit status = exit_ok;
+    for (const std::string &input : inputs) {
+        edi_result *res = edi_ack(input.c_str(), &o, opt.errorsonly,
+                                  opt.reference.empty() ? nullptr : opt.reference.c_str());
+        // The findings behind the CONTRL, as validate prints them.
+        printfindings(res, opt.verbose, stderr);
+        size_t len = 0;
+        const char *text = edi_result_text(res, &len);
+        std::string out = tofolder ? infolder(opt.output, input, "contrl.edi") : opt.output;
+        if (text != nullptr && (len > 0 || !out.empty())) {
+            edi_result *saved = edi_save(out.empty() ? "-" : out.c_str(), text, len);
+            printfindings(saved, opt.verbose, stderr);
+            if (edi_result_status(saved) != 0)
+                status = exit_failed;
+            edi_result_free(saved);
+        }
+        if (edi_result_status(res) != 0)
+            status = exit_failed;
+        edi_result_free(res);
+    }
+    return status;
+}
+
 Exit readcommand(const Options &opt)
 {
     std::vector<std::string> inputs = expandinputs(opt.inputs);

@@ -16,6 +16,8 @@ Exit readcommand(const Options &opt);   // read, vda-read
 Exit writecommand(const Options &opt);  // write, vda-write
 // validate: findings against the directories on stdout; exit 1 if any.
 Exit validatecommand(const Options &opt);
+// ack: a CONTRL for each input; exit 1 if anything was rejected.
+Exit ackcommand(const Options &opt);
 
 // "FILE: TEXT" (or TEXT alone) for a finding the user is to see: details
 // only with --verbose, their summaries only without.

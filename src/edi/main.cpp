@@ -32,6 +32,8 @@ int main(int argc, char **argv)
     }
     if (opt.command == "validate")
         return edi::validatecommand(opt);
+    if (opt.command == "ack")
+        return edi::ackcommand(opt);
     if (opt.command == "read" || opt.command == "vda-read")
         return edi::readcommand(opt);
     return edi::writecommand(opt);

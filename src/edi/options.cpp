@@ -28,6 +28,7 @@ const CommandHelp helps[] = {
          "  vda-read   VDA record file(s) to a tree\n"
          "  vda-write  a tree to a VDA record file\n"
          "  validate   EDIFACT interchange(s) against their directories\n"
+         "  ack        CONTRL acknowledgements for EDIFACT interchange(s)\n"
          "  config     a configuration generated from a directory\n"
          "\n"
          "options for every command:\n"
@@ -90,6 +91,18 @@ const CommandHelp helps[] = {
               "reference REF or a generated unique one\n"
               "(--verbose lists each change); --exact keeps the module's output\n"
               "as it is.\n"},
+    {"ack", "usage: edi ack INPUT... [--errors-only] [--reference REF] [--max-errors N]\n"
+            "               [-o OUT]\n"
+            "\n"
+            "Validates each EDIFACT interchange and writes the CONTRL syntax and\n"
+            "service report to send back: an interchange addressed to its sender\n"
+            "(sender and recipient exchanged, the inbound syntax identifier and\n"
+            "version) whose UCI names the inbound control reference and whose UCM\n"
+            "accepts (7) or rejects (4) each message, with a UCS for each faulty\n"
+            "segment and a UCD for each faulty element and its syntax error code.\n"
+            "--errors-only writes nothing for an interchange without rejection.\n"
+            "With several INPUT files, OUT is a folder (INPUT.contrl.edi each).\n"
+            "Exit status 1 when something was rejected (docs/acknowledgements.md).\n"},
     {"vda-read", "usage: edi vda-read INPUT... [--config FILE] [--format tree|json]\n"
                  "                    [--raw] [--keep-going] [--verbose] [-j N] [-o OUT]\n"
                  "\n"
@@ -190,6 +203,8 @@ bool parseoptions(int argc, char **argv, Options &opt)
             if (*end != '\0' || v < 1 || v > 256)
                 return usage("-j takes a number of processes from 1 to 256, not '%s'", a.c_str() + 2);
             opt.jobs = static_cast<int>(v);
+        } else if (a == "--errors-only") {
+            opt.errorsonly = true;
         } else if (a == "--validate") {
             opt.validate = true;
         } else if (a == "--raw") {
@@ -240,7 +255,7 @@ bool parseoptions(int argc, char **argv, Options &opt)
     if (opt.command.empty())
         return usage("%sno command given", "");
     if (opt.command != "read" && opt.command != "write" && opt.command != "vda-read" &&
-        opt.command != "vda-write" && opt.command != "validate")
+        opt.command != "vda-write" && opt.command != "validate" && opt.command != "ack")
         return usage("unknown command '%s'", opt.command.c_str());
     if (opt.command == "validate") {
         if (opt.format != "tree" && opt.format != "text" && opt.format != "json")
@@ -250,7 +265,8 @@ bool parseoptions(int argc, char **argv, Options &opt)
     }
     if (!opt.report.empty() && opt.command != "read")
         return usage("%s--report is an option of read", "");
-    if (opt.maxerrors > 0 && opt.command != "validate" && !(opt.command == "read" && opt.validate))
+    if (opt.maxerrors > 0 && opt.command != "validate" && opt.command != "ack" &&
+        !(opt.command == "read" && opt.validate))
         return usage("%s--max-errors is an option of validate and read --validate", "");
     // Without --format, an output file named *.json gets JSON: that is what
     // anyone naming it so expects.  A folder as OUT keeps tree text.
@@ -277,8 +293,10 @@ bool parseoptions(int argc, char **argv, Options &opt)
         return usage("%s--join-lines is an option of read only", "");
     if (opt.jobs > 0 && writing)
         return usage("%s-j is an option of read and vda-read", "");
-    if (opt.command != "write" && (opt.exact || !opt.reference.empty()))
+    if (opt.command != "write" && (opt.exact || (!opt.reference.empty() && opt.command != "ack")))
         return usage("%s--exact and --reference are options of write", "");
+    if (opt.errorsonly && opt.command != "ack")
+        return usage("%s--errors-only is an option of ack", "");
     if (!opt.reference.empty() && opt.reference.size() > 14)
         return usage("--reference takes at most 14 characters, not '%s'", opt.reference.c_str());
     if (opt.command == "read" && !opt.config.empty() && !opt.servconf.empty())

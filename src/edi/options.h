@@ -11,7 +11,7 @@ namespace edi {
 enum Exit { exit_ok = 0, exit_failed = 1, exit_usage = 2 };
 
 struct Options {
-    std::string command;              // read, write, vda-read, vda-write
+    std::string command;              // read, write, vda-read, vda-write, validate, ack
     std::vector<std::string> inputs;  // INPUT files, or the TREE file
     std::string servconf;             // --servconf FILE
     std::string config;               // --config FILE
@@ -33,6 +33,7 @@ struct Options {
     bool validate = false;            // --validate (read), or the command validate
     std::string report;               // --report FILE (read): the findings as JSON
     size_t maxerrors = 0;             // --max-errors N: findings of an input; 0 all
+    bool errorsonly = false;          // --errors-only (ack)
     int trace = -1;                   // --trace LEVEL, -1 if not given
     bool help = false, version = false;
 };

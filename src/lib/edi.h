@@ -324,6 +324,23 @@ EDI_API edi_result *edi_validate_opt(const char *path, const edi_options *opt);
  * the input (docs/validation.md gives the schema); free with edi_free. */
 EDI_API char *edi_result_report(const edi_result *res, const char *file);
 
+/* ---- acknowledgements ----------------------------------------------- */
+
+/* CONTRL interchanges answering the EDIFACT file `path`: for each of its
+ * interchanges, one addressed back to its sender (sender and recipient
+ * exchanged, the inbound syntax identifier and version), whose UCI names
+ * the inbound control reference and whose UCM accepts (7) or rejects (4)
+ * each message, with a UCS for each faulty segment and a UCD for each
+ * faulty element and its syntax error code (0085).  `errors_only`: only
+ * interchanges with a rejection get one (the text may then be empty).
+ * `reference` (NULL: a new one) is the CONTRL's control reference; the
+ * date is SOURCE_DATE_EPOCH's when set.  The result's text is the CONTRL
+ * file, its findings those of the validation behind it; status 0 when the
+ * file was acknowledged whole, 1 when something was rejected or the file
+ * could not be read.  `opt`: the directory data and max_findings. */
+EDI_API edi_result *edi_ack(const char *path, const edi_options *opt, int errors_only,
+                            const char *reference);
+
 /* ---- configurations ------------------------------------------------- */
 
 /* The configuration tree (text in the result, and parsed as its tree) of

@@ -9,6 +9,8 @@
 #include <set>
 
 #include "api/objects.h"
+#include "ack/contrl.h"
+#include "ack/received.h"
 #include "directory/autoconfig.h"
 #include "directory/configgen.h"
 #include "directory/validatefile.h"
@@ -135,13 +137,18 @@ void readinto(edi_result &res, const std::string &name, std::string bytes,
         return;
     }
     DirectoriesInUse dirs(s.directories);
-    std::string copy = opt != nullptr && opt->validate ? bytes : std::string();
+    // A CONTRL or APERAK from a partner is told in words behind the read.
+    bool acks = bytes.find("CONTRL") != std::string::npos ||
+                bytes.find("APERAK") != std::string::npos;
+    std::string copy = (opt != nullptr && opt->validate) || acks ? bytes : std::string();
     ReadResult rr = readedifactinput(*mod, s, configs, name, std::move(bytes), res.rep);
     for (datatree_t *c : configs)
         freedatatree(c);
     res.tree = rr.tree;
     res.items = rr.keys;
     res.changes = rr.changes;
+    if (acks && rr.tree != nullptr)
+        tellacknowledgements(name, copy, res.rep);
     // The module's read is the same with or without validation; the
     // findings come behind it and fail the read.
     if (opt != nullptr && opt->validate && validatefile(name, copy, res.rep, opt->max_findings) > 0)
@@ -362,6 +369,30 @@ char *edi_result_report(const edi_result *res, const char *file)
     } catch (const std::bad_alloc &) {
         return nullptr;
     }
+}
+
+edi_result *edi_ack(const char *path, const edi_options *opt, int errors_only,
+                    const char *reference)
+{
+    return withresult([&](edi_result &res) {
+        std::string name = path != nullptr ? path : "";
+        std::string bytes;
+        res.status = 1;
+        if (!inputbytes(name, bytes, res.rep))
+            return;
+        DirectoriesInUse dirs(opt != nullptr && opt->directories != nullptr ? opt->directories
+                                                                              : "");
+        AckSettings a;
+        a.errorsonly = errors_only != 0;
+        a.reference = reference != nullptr ? reference : "";
+        a.maxfindings = opt != nullptr ? opt->max_findings : 0;
+        res.text = contrl(name, bytes, a, res.rep);
+        res.hastext = true;
+        bool rejected = false;
+        for (const Finding &f : res.rep.items())
+            rejected = rejected || f.kind == EDI_FINDING_VALIDATION;
+        res.status = rejected ? 1 : 0;
+    });
 }
 
 edi_result *edi_validate_memory(const void *data, size_t len, const char *name)
