@@ -144,7 +144,7 @@ std::string contrl(const std::string &input, const std::string &bytes, const Ack
     const size_t first = rep.items().size();
     validatefile(input, bytes, rep, opt.maxfindings);
     std::map<int, std::vector<const Finding *>> bymessage;
-    const std::vector<Finding> &all = rep.items();
+    const std::deque<Finding> &all = rep.items();
     for (size_t i = first; i < all.size(); i++)
         if (all[i].kind == EDI_FINDING_VALIDATION && all[i].message > 0)
             bymessage[all[i].message].push_back(&all[i]);

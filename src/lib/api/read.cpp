@@ -212,7 +212,7 @@ int edi_next(edi_reader *r, edi_message **msg)
         }
         m->env = envelopevalues(una, unb, i < u.groups.size() ? u.groups[i] : "");
         m->env.interchange = u.interchange;
-        const std::vector<Finding> &all = r->rep.items();
+        const std::deque<Finding> &all = r->rep.items();
         for (size_t k = r->unitstart; k < all.size(); k++)
             if (all[k].message == m->number)
                 m->rep.add(all[k].kind, all[k].severity, all[k].file, all[k].text) = all[k];

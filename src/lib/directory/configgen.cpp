@@ -203,6 +203,18 @@ Directory::~Directory() { delete data; }
 
 bool Directory::load(const std::string &dir, const std::string &directory, std::string &err)
 {
+    // The name comes from a partner's message header: letters and digits
+    // only, so that it names a file of the data folder and nothing else
+    // (a NUL, a slash or dots would reach another file, or the folder).
+    if (directory.empty() || directory.size() > 8 ||
+        directory.find_first_not_of("ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz"
+                                    "0123456789") != std::string::npos) {
+        err = "directory " + directory + " not found";
+        for (char &c : err)
+            if (static_cast<unsigned char>(c) < 0x20 || c == 0x7f)
+                c = '?';
+        return false;
+    }
     std::string path = dir + "/" + directory + ".json";
     std::ifstream in(path, std::ios::binary);
     if (!in) {
@@ -210,7 +222,12 @@ bool Directory::load(const std::string &dir, const std::string &directory, std::
         return false;
     }
     auto *d = new DirectoryData;
-    d->j = json::parse(in, nullptr, false);
+    try {
+        d->j = json::parse(in, nullptr, false);
+    } catch (const std::exception &) {
+        // A folder or a file that cannot be read as it is opened.
+        d->j = json();
+    }
     if (d->j.is_discarded() || !d->j.is_object() || !d->j.contains("messages")) {
         delete d;
         err = "cannot read " + path;

@@ -1,11 +1,12 @@
 #include "findings/report.h"
 
+#include <algorithm>
+
 namespace edi {
 
 Finding &Report::add(edi_finding_kind kind, edi_severity severity, const std::string &file,
                      const std::string &text)
 {
-    views_.clear();
     Finding f;
     f.kind = kind;
     f.severity = severity;
@@ -17,8 +18,20 @@ Finding &Report::add(edi_finding_kind kind, edi_severity severity, const std::st
 
 void Report::module(const std::string &file, const std::vector<std::string> &lines)
 {
-    for (const std::string &l : lines)
-        add(EDI_FINDING_MODULE, EDI_SEVERITY_ERROR, file, l);
+    std::string pending;
+    auto open = [](const std::string &l) {
+        return std::count(l.begin(), l.end(), '<') > std::count(l.begin(), l.end(), '>');
+    };
+    for (size_t i = 0; i < lines.size(); i++) {
+        pending += lines[i];
+        if (open(pending) && i + 1 < lines.size()) {
+            pending += "\\x0A";
+            continue;
+        }
+        if (!pending.empty())
+            add(EDI_FINDING_MODULE, EDI_SEVERITY_ERROR, file, pending);
+        pending.clear();
+    }
 }
 
 bool Report::failed() const
@@ -31,7 +44,6 @@ bool Report::failed() const
 
 void Report::append(const Report &other)
 {
-    views_.clear();
     items_.insert(items_.end(), other.items_.begin(), other.items_.end());
 }
 
@@ -39,10 +51,9 @@ const edi_finding *Report::view(size_t i) const
 {
     if (i >= items_.size())
         return nullptr;
-    if (views_.size() != items_.size()) {
-        views_.clear();
-        views_.reserve(items_.size());
-        for (const Finding &f : items_) {
+    while (views_.size() <= i) {
+        const Finding &f = items_[views_.size()];
+        {
             edi_finding v{};
             v.kind = f.kind;
             v.severity = f.severity;

@@ -6,6 +6,7 @@
 
 #include <stddef.h>
 
+#include <deque>
 #include <string>
 #include <vector>
 
@@ -51,19 +52,24 @@ public:
         f.verbose = Finding::detail;
         return f;
     }
-    // The module's own lines, each a finding as the module wrote it.
+    // The module's own lines, each a finding as the module wrote it; a
+    // line end that stands inside a value the module quotes (<...>) joins
+    // its pieces again, shown as \x0A, and empty lines carry nothing.
     void module(const std::string &file, const std::vector<std::string> &lines);
 
     bool failed() const;
-    const std::vector<Finding> &items() const { return items_; }
+    // In the order they arose; a finding stays where it is as more come.
+    const std::deque<Finding> &items() const { return items_; }
     void append(const Report &other);
 
-    // The C view of finding i, valid while the report is unchanged.
+    // The C view of finding i, valid as long as the report: findings and
+    // views are never moved, so what a caller holds stays good while more
+    // findings are added.  A finding is complete before its view is made.
     const edi_finding *view(size_t i) const;
 
 private:
-    std::vector<Finding> items_;
-    mutable std::vector<edi_finding> views_;
+    std::deque<Finding> items_;
+    mutable std::deque<edi_finding> views_;
 };
 
 }  // namespace edi

@@ -1,5 +1,6 @@
 #include "module/capture.h"
 
+#include <sys/mman.h>
 #include <unistd.h>
 
 namespace edi {
@@ -9,7 +10,14 @@ StderrCapture::StderrCapture(bool on)
     if (!on)
         return;
     fflush(stderr);
-    tmp_ = tmpfile();
+    // In memory where the system offers it: a file on disk for every call
+    // into the module costs more than many a call itself.
+    int fd = memfd_create("edi-capture", MFD_CLOEXEC);
+    tmp_ = fd >= 0 ? fdopen(fd, "w+") : nullptr;
+    if (tmp_ == nullptr && fd >= 0)
+        close(fd);
+    if (tmp_ == nullptr)
+        tmp_ = tmpfile();
     if (tmp_ == nullptr)
         return;
     saved_ = dup(2);

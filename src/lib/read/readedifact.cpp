@@ -16,6 +16,7 @@
 #include "read/placement.h"
 #include "text/segments.h"
 #include "read/readinput.h"
+#include "trees/treeload.h"
 #include "findings/report.h"
 #include "text/transport.h"
 
@@ -272,6 +273,11 @@ bool EdifactReading::prepare(std::string bytes)
     if (en.faults.empty() && configs_.size() == 1 && configs_[0] == nullptr &&
         opt_.servconf.empty())
         units_ = ownlayouts(units_, *gen_, input_, changes_, rep_);
+    if (en.faults.empty() && units_.empty()) {
+        rep_.fail(input_, "no interchange of the file holds a message (no UNH), so there is "
+                          "nothing to read.");
+        return false;
+    }
     if (!en.faults.empty()) {
         for (const std::string &f : en.faults)
             rep_.fail(input_, f + ".");
@@ -295,21 +301,26 @@ bool EdifactReading::next(UnitRead &out)
             return false;
         }
         // Neither --config nor --servconf: the configuration is generated
-        // from the directory the message header names.
-        datatree_t *generated = nullptr;
+        // from the directory the message header names.  A layout taken from
+        // the message is this unit's own and goes with it.
+        std::unique_ptr<datatree_t, void (*)(datatree_t *)> own(nullptr, freedatatree);
         bool fromdirectory = false;
         if (config == nullptr && opt_.servconf.empty() && !u.msgtype.empty()) {
             std::string err;
             if (u.ownlayout) {
                 std::string text = layoutfromtext(u.text);
-                generated = edihost_parsetree(text.data(), text.size(), "layout of the message");
-                config = generated;
+                own.reset(parsetree(text, "layout of the message", rep_));
+                config = own.get();
+                if (config == nullptr)
+                    err = describeunit(u) + ": no layout could be taken from the message (see "
+                                            "above); its header or tags hold characters a "
+                                            "layout cannot name.";
             } else {
                 config = gen_->get(u.msgtype, err);
                 fromdirectory = true;
             }
             if (config == nullptr) {
-                rep_.fail(input_, err);
+                rep_.fail(input_, err.empty() ? describeunit(u) + ": no configuration" : err);
                 failed_ = true;
                 return false;
             }
@@ -337,8 +348,6 @@ bool EdifactReading::next(UnitRead &out)
             lines = cap.lines();
             tracelevel = saved;
         }
-        if (generated != nullptr)
-            freedatatree(generated);
         rep_.module(input_, lines);
         if (tree == nullptr) {
             std::string where = units_.size() > 1 ? " (" + describeunit(u) + ")" : "";
