@@ -10,6 +10,7 @@
 #include "text/reescape.h"
 #include "edihost.h"
 #include "text/envelope.h"
+#include "text/envelopevalues.h"
 #include "module/explain.h"
 #include "directory/filelayout.h"
 #include "files/output.h"
@@ -218,6 +219,7 @@ bool reportleftout(const std::string &input, const Unit &u, const std::string &t
         f.segment = lo.position;
         f.tag = lo.tag;
         f.code = 15;  // not supported in this position
+        f.interchangeref = envelopevalues(u.una, u.unb, "").controlref;
         changes.push_back("left out of the tree: " + what + behind);
         total += lo.count;
     }
