@@ -170,11 +170,27 @@ WriteStatus writevda(const Module &mod, const Settings &opt, datatree_t *tree,
                                "written; give the configuration the tree was made with.");
         return write_failed;
     }
+    // The transmissions: instances of the configuration's top loop that
+    // holds the header record (511, 711).  Other trees are written whole.
     std::vector<datatree_t *> pieces;
-    bool instances = tree->child != nullptr;
-    for (datatree_t *tp = tree->child; tp != nullptr; tp = tp->next)
-        instances = instances && tp->xmltag != nullptr && tp->xmltag[0] == '*';
-    if (instances && tree->child->next != nullptr)
+    const datatree_t *transmission = nullptr;
+    std::string header = family != nullptr ? std::string("$S") + family->header : "";
+    for (const datatree_t *c = config->child; c != nullptr && !header.empty(); c = c->next) {
+        if (c->xmltag == nullptr || c->xmltag[0] != '*')
+            continue;
+        for (const datatree_t *k = c->child; k != nullptr; k = k->next)
+            if (k->xmltag != nullptr && header == k->xmltag)
+                transmission = c;
+    }
+    // Split only a tree that holds nothing but transmissions, several.
+    size_t count = 0, others = 0;
+    for (datatree_t *tp = tree->child; tp != nullptr && transmission != nullptr; tp = tp->next) {
+        if (tp->xmltag != nullptr && strcmp(tp->xmltag, transmission->xmltag) == 0)
+            count++;
+        else
+            others++;
+    }
+    if (count > 1 && others == 0)
         for (datatree_t *tp = tree->child; tp != nullptr; tp = tp->next)
             pieces.push_back(tp);
     if (pieces.empty()) {
