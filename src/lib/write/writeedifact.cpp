@@ -13,6 +13,7 @@
 #include "directory/autoconfig.h"
 #include "module/capture.h"
 #include "text/countfix.h"
+#include "text/minimal.h"
 #include "edihost.h"
 #include "module/explain.h"
 #include "directory/filelayout.h"
@@ -315,6 +316,12 @@ WriteStatus writeedifact(const Module &mod, const Settings &opt, datatree_t *tre
         return write_failed;
     std::string text = texts.size() == 1 ? texts[0] : joininterchanges(texts);
     if (!opt.exact) {
+        size_t shortened = 0;
+        text = minimalform(text, shortened);
+        if (shortened > 0)
+            rep.change(opt.output, std::to_string(shortened) + " segment" +
+                                       (shortened == 1 ? "" : "s") +
+                                       " without trailing empty elements or components");
         std::vector<std::string> changes;
         text = fixcounts(text, opt.reference.empty() ? newreference() : opt.reference, changes);
         for (const std::string &c : changes)
