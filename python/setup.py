@@ -88,6 +88,8 @@ class CMakeBuild(build_ext):
 
 
 setup(
+    packages=["ediprot"],
+    package_data={"ediprot": ["py.typed", "*.pyi"]},
     ext_modules=[Extension("ediprot._ediprot", sources=[])],
     cmdclass={"build_ext": CMakeBuild},
 )

@@ -114,9 +114,11 @@ class Node:
             return default
 
     def __contains__(self, key: str) -> bool:
+        """True when a child answers to `key` (``"NAD"`` in a loop instance)."""
         return any(_matches(c.name, key) for c in self._children or ())
 
     def __iter__(self) -> Iterator[Node]:
+        """The children in order."""
         return iter(self._children or ())
 
     def find_all(self, path: str) -> List[Node]:
@@ -234,6 +236,7 @@ class Node:
 
     # -- comparison and display ----------------------------------------
     def __eq__(self, other: object) -> bool:
+        """Same name, value, loop, attrs and children, all the way down."""
         if not isinstance(other, Node):
             return NotImplemented
         todo = [(self, other)]
@@ -430,9 +433,11 @@ class Interchange:
         return self.messages[0].envelope if self.messages else None
 
     def __len__(self) -> int:
+        """The number of messages."""
         return len(self.messages)
 
     def __iter__(self) -> Iterator[Message]:
+        """The messages in file order."""
         return iter(self.messages)
 
     def __getitem__(self, i: int) -> Message:
