@@ -146,7 +146,8 @@ typedef struct edi_write_options {
     size_t nconfigs;
     const char *message;        /* TYPE:DIRECTORY (ORDERS:D96A) for a tree whose
                                    UNH names no directory, or NULL */
-    const char *sender;         /* UNB sender identification ("" or NULL: none) */
+    const char *sender;         /* UNB sender identification; needed by edi_write
+                                   (status 2 when "" or NULL), not by VDA */
     const char *recipient;      /* UNB recipient identification */
     const char *reference;      /* control reference for UNB and UNZ; NULL: a new one */
     int test;                   /* 1: UNB marks a test interchange */
@@ -294,6 +295,10 @@ EDI_API char *edi_result_json(const edi_result *res);
 EDI_API edi_result *edi_vda_read(const char *path, const char *config, const edi_options *opt);
 EDI_API edi_result *edi_vda_write(datatree_t *tree, const char *config,
                                   const edi_write_options *opt);
+/* A VDA record file of `len` bytes held in memory (`name` names it in
+ * findings, NULL: "input"), read as edi_vda_read reads a file. */
+EDI_API edi_result *edi_vda_read_memory(const void *data, size_t len, const char *name,
+                                        const char *config, const edi_options *opt);
 
 /* `tree` (a root whose children are messages, as a read gives it) written
  * as one interchange, with the fixes a partner checks: each loop numbered

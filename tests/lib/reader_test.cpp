@@ -327,6 +327,13 @@ TEST(Library, WriteRefusesServiceCharactersInTheEnvelope)
     ASSERT_EQ(edi_result_finding_count(written), 1u);
     EXPECT_STREQ(edi_result_finding(written, 0)->element, "sender");
     edi_result_free(written);
+    // Without a recipient the header would name nobody.
+    w.sender = "ME";
+    edi_result *nobody = edi_write(edi_result_tree(first), &w);
+    EXPECT_EQ(edi_result_status(nobody), 2);
+    ASSERT_EQ(edi_result_finding_count(nobody), 1u);
+    EXPECT_STREQ(edi_result_finding(nobody, 0)->element, "recipient");
+    edi_result_free(nobody);
     edi_result_free(first);
 }
 
@@ -445,6 +452,8 @@ TEST(Library, MessagesFromTheReaderWrittenAsOneInterchange)
     edi_write_options w;
     edi_write_options_init(&w);
     w.reference = "R9";
+    w.sender = "ME";
+    w.recipient = "YOU";
     edi_result *out = edi_write_messages(trees.data(), trees.size(), &w);
     ASSERT_EQ(edi_result_status(out), 0);
     std::string text(edi_result_text(out, nullptr));

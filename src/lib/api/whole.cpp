@@ -198,32 +198,53 @@ char *edi_result_json(const edi_result *res)
     }
 }
 
+namespace {
+
+void vdareadinto(edi_result &res, const std::string &name, bool ok, const std::string &bytes,
+                 const char *config, const edi_options *opt)
+{
+    res.status = 1;
+    Settings s;
+    std::vector<datatree_t *> none;
+    if (!ok || !takeoptions(opt, s, none, res.rep))
+        return;
+    for (datatree_t *c : none)
+        freedatatree(c);
+    const Module *mod = themodule(res.rep);
+    if (mod == nullptr)
+        return;
+    std::string conffile = config != nullptr ? config : vdaconfigfor(name, bytes, res.rep);
+    if (conffile.empty())
+        return;
+    datatree_t *conf = loadconfig(conffile, res.rep);
+    if (conf == nullptr)
+        return;
+    ReadResult rr = readvdainput(*mod, s, conf, name, bytes, res.rep);
+    res.tree = rr.tree;
+    res.changes = rr.changes;
+    res.status = rr.tree != nullptr ? 0 : 1;
+    freedatatree(conf);
+}
+
+}  // namespace
+
 edi_result *edi_vda_read(const char *path, const char *config, const edi_options *opt)
 {
     return withresult([&](edi_result &res) {
-        res.status = 1;
         std::string name = path != nullptr ? path : "";
-        Settings s;
-        std::vector<datatree_t *> none;
         std::string bytes;
-        if (!takeoptions(opt, s, none, res.rep))
-            return;
-        for (datatree_t *c : none)
-            freedatatree(c);
-        const Module *mod = themodule(res.rep);
-        if (mod == nullptr || !inputbytes(name, bytes, res.rep))
-            return;
-        std::string conffile = config != nullptr ? config : vdaconfigfor(name, bytes, res.rep);
-        if (conffile.empty())
-            return;
-        datatree_t *conf = loadconfig(conffile, res.rep);
-        if (conf == nullptr)
-            return;
-        ReadResult rr = readvdainput(*mod, s, conf, name, bytes, res.rep);
-        res.tree = rr.tree;
-        res.changes = rr.changes;
-        res.status = rr.tree != nullptr ? 0 : 1;
-        freedatatree(conf);
+        bool ok = inputbytes(name, bytes, res.rep);
+        vdareadinto(res, name, ok, bytes, config, opt);
+    });
+}
+
+edi_result *edi_vda_read_memory(const void *data, size_t len, const char *name,
+                                const char *config, const edi_options *opt)
+{
+    return withresult([&](edi_result &res) {
+        std::string bytes = data != nullptr ? std::string(static_cast<const char *>(data), len)
+                                            : std::string();
+        vdareadinto(res, name != nullptr ? name : "input", true, bytes, config, opt);
     });
 }
 

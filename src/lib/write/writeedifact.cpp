@@ -239,6 +239,19 @@ WriteStatus writeedifact(const Module &mod, const Settings &opt, datatree_t *tre
         release();
         return write_failed;
     }
+    // An interchange header names both partners; without one the partner's
+    // translator refuses the whole interchange.
+    for (const auto &[what, value] : {std::pair<const char *, const std::string &>{"sender", opt.sender},
+                                      {"recipient", opt.recipient}}) {
+        if (value.empty()) {
+            rep.fail("", std::string("the ") + what +
+                             " is empty; the interchange header needs the identification of "
+                             "both partners.")
+                .element = what;
+            release();
+            return write_refused;
+        }
+    }
     if (configs.empty() && !generateconfigs(tree, opt, configs, pieces, rep)) {
         release();
         return write_failed;
