@@ -12,14 +12,6 @@ namespace edi {
 
 namespace {
 
-std::string unreleased(const std::string &v, char rel)
-{
-    std::string r;
-    for (size_t i = 0; i < v.size(); i++)
-        r += v[i] == rel && i + 1 < v.size() ? v[++i] : v[i];
-    return r;
-}
-
 struct Fields {
     std::vector<std::vector<std::string>> els;
     std::string at(size_t e, size_t c = 0) const

@@ -14,15 +14,6 @@ namespace edi {
 
 namespace {
 
-// A value as the partner meant it: release characters taken out.
-std::string unreleased(const std::string &v, char rel)
-{
-    std::string r;
-    for (size_t i = 0; i < v.size(); i++)
-        r += v[i] == rel && i + 1 < v.size() ? v[++i] : v[i];
-    return r;
-}
-
 // `rep`: the repetition separator of syntax version 4, or 0.
 edi::dirs::SegmentValues valuesof(std::string_view text, const Segment &s, char rep)
 {

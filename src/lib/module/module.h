@@ -7,8 +7,10 @@
 
 #include <mutex>
 #include <string>
+#include <vector>
 
 #include "ediprot.h"
+#include "module/capture.h"
 
 namespace edi {
 
@@ -32,6 +34,26 @@ const Module *themodule(Report &rep);
 
 // Held by whoever calls into the module or sets its input or trace level.
 std::recursive_mutex &modulelock();
+
+// Runs `call` inside the module: under its lock, with the trace level
+// `level` (0..15; -1 leaves it) and, when `capture`, what the module
+// writes to stderr caught and given back line by line.
+template <typename F>
+std::vector<std::string> inmodule(int level, bool capture, F call)
+{
+    std::lock_guard<std::recursive_mutex> hold(modulelock());
+    int saved = tracelevel;
+    if (level >= 0)
+        tracelevel = static_cast<int>(static_cast<unsigned>(level) << 28);
+    std::vector<std::string> lines;
+    {
+        StderrCapture cap(capture);
+        call();
+        lines = cap.lines();
+    }
+    tracelevel = saved;
+    return lines;
+}
 
 }  // namespace edi
 

@@ -330,13 +330,7 @@ bool EdifactReading::next(UnitRead &out)
         envelope_t *ev = nullptr;
         std::string text = opt_.raw ? u.text : prepareunit(u, config, input_, changes_, rep_);
         datatree_t *tree = nullptr;
-        std::vector<std::string> lines;
-        {
-            std::lock_guard<std::recursive_mutex> hold(modulelock());
-            int saved = tracelevel;
-            if (opt_.trace >= 0)
-                tracelevel = static_cast<int>(static_cast<unsigned>(opt_.trace) << 28);
-            StderrCapture cap(opt_.trace < 0);
+        std::vector<std::string> lines = inmodule(opt_.trace, opt_.trace < 0, [&] {
             std::vector<char> fn(input_.c_str(), input_.c_str() + input_.size() + 1);
             // The service configuration list is the process's: it holds
             // this read's entries for the time of the call only.
@@ -347,9 +341,7 @@ bool EdifactReading::next(UnitRead &out)
             edihost_clearinput();
             if (!opt_.servconf.empty())
                 edihost_clearservconf();
-            lines = cap.lines();
-            tracelevel = saved;
-        }
+        });
         rep_.module(input_, lines);
         if (tree == nullptr) {
             std::string where = units_.size() > 1 ? " (" + describeunit(u) + ")" : "";

@@ -66,23 +66,34 @@ bool modulemessage(const std::string &l)
            l.find("missing in vdaconf") != std::string::npos;
 }
 
+// The working lines of `bytes`, the changes noted; false after the
+// failure of a file that holds no VDA record at all.
+bool recordlines(const std::string &input, const std::string &bytes, bool raw,
+                 std::vector<std::string> &lines, std::vector<std::string> &changes, Report &rep)
+{
+    lines = workinglines(bytes, raw, changes);
+    bool anyrecord = false;
+    for (const std::string &l : lines)
+        anyrecord = anyrecord || isrecordtype(l);
+    if (!anyrecord) {
+        rep.fail(input, "holds no VDA record (no line begins with a record type 511 to 519 or "
+                        "711 to 719); check that this is a VDA record file.");
+        return false;
+    }
+    for (const std::string &c : changes)
+        rep.change(input, c);
+    return true;
+}
+
 // The module's own read of the working copy, for --raw: its placement
 // rules, and what its trace tells of the records it could not place.
 ReadResult readvdamodule(const Module &mod, const Settings &opt, datatree_t *config,
                          const std::string &input, const std::string &bytes, Report &rep)
 {
     ReadResult res;
-    std::vector<std::string> lines = workinglines(bytes, opt.raw, res.changes);
-    bool anyrecord = false;
-    for (const std::string &l : lines)
-        anyrecord = anyrecord || isrecordtype(l);
-    if (!anyrecord) {
-        rep.fail(input, "holds no VDA record (no line begins with a record type 511 to 519); "
-                        "check that this is a VDA record file.");
+    std::vector<std::string> lines;
+    if (!recordlines(input, bytes, opt.raw, lines, res.changes, rep))
         return res;
-    }
-    for (const std::string &c : res.changes)
-        rep.change(input, c);
     std::string text;
     for (const std::string &l : lines)
         text += l;
@@ -90,22 +101,14 @@ ReadResult readvdamodule(const Module &mod, const Settings &opt, datatree_t *con
     // The module's trace of level 1 names each line before its records are
     // placed, so a refusal of insrecord can be put to its line.
     bool watch = opt.trace < 0;
-    std::vector<std::string> out;
     envelope_t *ev = nullptr;
     datatree_t *tree = nullptr;
-    {
-        std::lock_guard<std::recursive_mutex> hold(modulelock());
-        int savedlevel = tracelevel;
-        tracelevel = static_cast<int>(static_cast<unsigned>(watch ? 2 : opt.trace) << 28);
+    std::vector<std::string> out = inmodule(watch ? 2 : opt.trace, watch, [&] {
         std::vector<char> fn(input.c_str(), input.c_str() + input.size() + 1);
         edihost_setinput(input.c_str(), text.data(), text.size());
-        StderrCapture cap(watch);
         tree = mod.vdaread(fn.data(), &ev, config, nullptr);
-        out = cap.lines();
         edihost_clearinput();
-        tracelevel = savedlevel;
-    }
-
+    });
     long at = 0;
     std::vector<std::string> lost;
     // Lines of a record type the configuration does not know: the module
@@ -209,17 +212,9 @@ ReadResult readvdainput(const Module &mod, const Settings &opt, datatree_t *conf
     if (opt.raw)
         return readvdamodule(mod, opt, config, input, bytes, rep);
     ReadResult res;
-    std::vector<std::string> lines = workinglines(bytes, false, res.changes);
-    bool anyrecord = false;
-    for (const std::string &l : lines)
-        anyrecord = anyrecord || isrecordtype(l);
-    if (!anyrecord) {
-        rep.fail(input, "holds no VDA record (no line begins with a record type 511 to 519 or "
-                        "711 to 719); check that this is a VDA record file.");
+    std::vector<std::string> lines;
+    if (!recordlines(input, bytes, false, lines, res.changes, rep))
         return res;
-    }
-    for (const std::string &c : res.changes)
-        rep.change(input, c);
 
     datatree_t *root = static_cast<datatree_t *>(calloc(1, sizeof(datatree_t)));
     if (root == nullptr || (root->xmltag = strdup(config->xmltag)) == nullptr)

@@ -16,11 +16,7 @@ struct Fields {
     {
         if (e >= els.size() || c >= els[e].size())
             return "";
-        const std::string &v = els[e][c];
-        std::string out;
-        for (size_t i = 0; i < v.size(); i++)
-            out += v[i] == rel && i + 1 < v.size() ? v[++i] : v[i];
-        return out;
+        return unreleased(els[e][c], rel);
     }
 };
 

@@ -118,4 +118,12 @@ std::string printable(std::string_view s)
     return out;
 }
 
+std::string unreleased(std::string_view v, char rel)
+{
+    std::string r;
+    for (size_t i = 0; i < v.size(); i++)
+        r += v[i] == rel && i + 1 < v.size() ? v[++i] : v[i];
+    return r;
+}
+
 }  // namespace edi

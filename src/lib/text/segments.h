@@ -64,6 +64,9 @@ std::vector<std::string> elementsof(std::string_view seg, const Syntax &sx);
 // The components of one element, cut at unreleased component separators.
 std::vector<std::string> componentsof(std::string_view elem, const Syntax &sx);
 
+// A value as the partner meant it: release characters taken out.
+std::string unreleased(std::string_view v, char rel);
+
 // Bytes outside printable ASCII as \xNN, so that a message stays one line.
 std::string printable(std::string_view s);
 

@@ -197,19 +197,11 @@ bool writeonce(const Module &mod, const Settings &opt, datatree_t *tree, datatre
     std::vector<char> sender(opt.sender.c_str(), opt.sender.c_str() + opt.sender.size() + 1);
     std::vector<char> recipient(opt.recipient.c_str(),
                                 opt.recipient.c_str() + opt.recipient.size() + 1);
-    int rc;
-    std::vector<std::string> lines;
-    {
-        std::lock_guard<std::recursive_mutex> hold(modulelock());
-        int saved = tracelevel;
-        if (opt.trace >= 0)
-            tracelevel = static_cast<int>(static_cast<unsigned>(opt.trace) << 28);
-        StderrCapture cap(opt.trace < 0);
+    int rc = -1;
+    std::vector<std::string> lines = inmodule(opt.trace, opt.trace < 0, [&] {
         rc = mod.edifactwrite(tree, out.data(), nullptr, nullptr, config, sender.data(),
                               recipient.data(), opt.test);
-        lines = cap.lines();
-        tracelevel = saved;
-    }
+    });
     const std::string &name = opt.name;
     rep.module(name, lines);
     if (rc != 0) {

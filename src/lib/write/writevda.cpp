@@ -101,19 +101,11 @@ WriteStatus writeone(const Module &mod, const Settings &opt, datatree_t *tree,
     std::vector<char> out = writable(written);
     std::vector<char> sender = writable(opt.sender);
     std::vector<char> recipient = writable(opt.recipient);
-    int rc;
-    std::vector<std::string> lines;
-    {
-        std::lock_guard<std::recursive_mutex> hold(modulelock());
-        int saved = tracelevel;
-        if (opt.trace >= 0)
-            tracelevel = static_cast<int>(static_cast<unsigned>(opt.trace) << 28);
-        StderrCapture cap(opt.trace < 0);
+    int rc = -1;
+    std::vector<std::string> lines = inmodule(opt.trace, opt.trace < 0, [&] {
         rc = mod.vdawrite(tree, out.data(), nullptr, nullptr, config, sender.data(),
                           recipient.data(), opt.test);
-        lines = cap.lines();
-        tracelevel = saved;
-    }
+    });
     size_t missing = 0;
     const std::string &name = opt.name;
     for (std::string &line : lines) {
