@@ -66,6 +66,29 @@ bool modulemessage(const std::string &l)
            l.find("missing in vdaconf") != std::string::npos;
 }
 
+// The sentence behind the records left out ("line 6 (518)", ...), noted
+// among the changes; true when they fail the read (no --keep-going).
+bool reportlost(const std::string &input, const std::vector<std::string> &lost,
+                const std::string &why, bool keepgoing, std::vector<std::string> &changes,
+                Report &rep)
+{
+    if (lost.empty())
+        return false;
+    std::string list;
+    for (const std::string &s : lost)
+        list += (list.empty() ? "" : ", ") + s;
+    std::string sentence =
+        std::to_string(lost.size()) + " record" + (lost.size() == 1 ? "" : "s") +
+        " left out of the tree (" + list + "): " + why + "; see docs/vda.md" +
+        (keepgoing ? "" : ", or give --keep-going to accept the tree without them") + ".";
+    changes.push_back("left out of the tree: " + list);
+    if (keepgoing)
+        rep.add(EDI_FINDING_LEFT_OUT, EDI_SEVERITY_WARNING, input, sentence);
+    else
+        rep.fail(input, sentence);
+    return !keepgoing;
+}
+
 // The working lines of `bytes`, the changes noted; false after the
 // failure of a file that holds no VDA record at all.
 bool recordlines(const std::string &input, const std::string &bytes, bool raw,
@@ -145,25 +168,12 @@ ReadResult readvdamodule(const Module &mod, const Settings &opt, datatree_t *con
                         "VDA configuration.");
         return res;
     }
-    if (!lost.empty()) {
-        std::string list;
-        for (const std::string &s : lost)
-            list += (list.empty() ? "" : ", ") + s;
-        std::string sentence =
-            std::to_string(lost.size()) + " record" + (lost.size() == 1 ? "" : "s") +
-            " left out of the tree (" + list +
-            "): the configuration knows no such record type, or its places hold one record of a "
-            "type per call-off and one call-off per file; see docs/vda.md" +
-            (opt.keepgoing ? "" : ", or give --keep-going to accept the tree without them") + ".";
-        if (opt.keepgoing)
-            rep.add(EDI_FINDING_LEFT_OUT, EDI_SEVERITY_WARNING, input, sentence);
-        else
-            rep.fail(input, sentence);
-        res.changes.push_back("left out of the tree: " + list);
-        if (!opt.keepgoing) {
-            freedatatree(tree);
-            return res;
-        }
+    if (reportlost(input, lost,
+                   "the configuration knows no such record type, or its places hold one record "
+                   "of a type per call-off and one call-off per file",
+                   opt.keepgoing, res.changes, rep)) {
+        freedatatree(tree);
+        return res;
     }
     res.tree = tree;
     return res;
@@ -282,23 +292,11 @@ ReadResult readvdainput(const Module &mod, const Settings &opt, datatree_t *conf
         }
     }
     setparents(root, 0);
-    if (!lost.empty()) {
-        std::string list;
-        for (const std::string &s : lost)
-            list += (list.empty() ? "" : ", ") + s;
-        std::string sentence =
-            std::to_string(lost.size()) + " record" + (lost.size() == 1 ? "" : "s") +
-            " left out of the tree (" + list +
-            "): the configuration knows no such record type or has no place for it there; "
-            "see docs/vda.md" +
-            (opt.keepgoing ? "" : ", or give --keep-going to accept the tree without them") + ".";
-        res.changes.push_back("left out of the tree: " + list);
-        if (!opt.keepgoing) {
-            rep.fail(input, sentence);
-            freedatatree(root);
-            return res;
-        }
-        rep.add(EDI_FINDING_LEFT_OUT, EDI_SEVERITY_WARNING, input, sentence);
+    if (reportlost(input, lost,
+                   "the configuration knows no such record type or has no place for it there",
+                   opt.keepgoing, res.changes, rep)) {
+        freedatatree(root);
+        return res;
     }
     res.tree = root;
     return res;
