@@ -51,6 +51,7 @@ struct edi_reader {
     size_t unitstart = 0;           // the first finding of the unit's read
     datatree_t *pending = nullptr;  // message nodes of `unit` not yet given
     int count = 0;                  // messages given
+    int lastnumber = 0;             // the number of the last one
     int state = 1;                  // 1 reading, 0 ended, -1 failed
     std::map<int, std::vector<edi::Finding>> validation;  // by message number
     ~edi_reader();

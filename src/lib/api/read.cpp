@@ -3,6 +3,7 @@
 #include <string.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <new>
 
 #include "api/objects.h"
@@ -188,7 +189,12 @@ int edi_next(edi_reader *r, edi_message **msg)
         m->tree = node;
         const edi::Unit &u = r->unit.unit;
         size_t i = r->nextmessage++;
-        m->number = u.firstmsg > 0 ? u.firstmsg + static_cast<int>(i) : r->count + 1;
+        // The number in the file: from the envelope's count where the
+        // working copy has one, else counted; rising always, even where the
+        // module made more message nodes than the envelope saw headers.
+        int expected = u.firstmsg > 0 ? u.firstmsg + static_cast<int>(i) : r->count + 1;
+        m->number = std::max(expected, r->lastnumber + 1);
+        r->lastnumber = m->number;
         r->count++;
         if (i < r->infos.size()) {
             m->reference = r->infos[i].reference;
