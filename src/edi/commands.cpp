@@ -2,7 +2,9 @@
 
 #include <stdio.h>
 #include <stdlib.h>
+#include <errno.h>
 #include <string.h>
+#include <sys/stat.h>
 
 #include <vector>
 
@@ -70,7 +72,10 @@ void printfindings(const edi_result *res, bool verbose, FILE *out)
         printfinding(edi_result_finding(res, i), verbose, out);
 }
 
-Exit readone(const Options &opt, const std::string &input, const std::string &out)
+// `separator`, when given, goes in front of the document and becomes the
+// one between documents (several JSON documents on stdout as one array).
+Exit readone(const Options &opt, const std::string &input, const std::string &out,
+             std::string *separator)
 {
     bool vda = opt.command == "vda-read";
     std::vector<const char *> configs = pointers(opt.configs);
@@ -108,6 +113,10 @@ Exit readone(const Options &opt, const std::string &input, const std::string &ou
             text = edi_tree_to_text(edi_result_tree(res), &len);
             for (size_t k = 0; k < edi_result_count(res); k++)
                 fprintf(stderr, "edi: %s: key %s\n", input.c_str(), edi_result_item(res, k));
+        }
+        if (separator != nullptr) {
+            fputs(separator->c_str(), stdout);
+            *separator = ",\n";
         }
         edi_result *saved = edi_save(out.c_str(), text, len);
         printfindings(saved, opt.verbose, stderr);
@@ -211,22 +220,33 @@ Exit readcommand(const Options &opt)
         fromfolder = fromfolder || isfolder(in);
     bool tofolder =
         !opt.output.empty() && (inputs.size() > 1 || fromfolder || isfolder(opt.output));
-    if (tofolder && !isfolder(opt.output)) {
-        fprintf(stderr, "edi: %s: not a folder (several inputs need a folder for -o)\n",
-                opt.output.c_str());
-        return exit_usage;
+    // Several inputs into a folder that is not there yet: it is made.
+    if (tofolder && !isfolder(opt.output) && mkdir(opt.output.c_str(), 0777) != 0) {
+        fprintf(stderr, "edi: %s: not a folder and cannot be made one (%s)\n",
+                opt.output.c_str(), strerror(errno));
+        return exit_failed;
     }
     auto one = [&](const std::string &input) {
-        return readone(opt, input, tofolder ? infolder(opt.output, input, opt.format) : opt.output);
+        return readone(opt, input, tofolder ? infolder(opt.output, input, opt.format) : opt.output,
+                       nullptr);
     };
     if (opt.jobs > 0)
         return readbatch(inputs, opt, one);
+    // Several JSON documents on stdout are one array, so that what a
+    // program reads there is one valid document.
+    bool array = opt.format == "json" && inputs.size() > 1 &&
+                 (opt.output.empty() || opt.output == "-");
+    std::string separator;
+    if (array)
+        fputs("[\n", stdout);
     Exit status = exit_ok;
     for (const std::string &input : inputs) {
-        Exit rc = one(input);
+        Exit rc = array ? readone(opt, input, "-", &separator) : one(input);
         if (rc != exit_ok)
             status = rc;
     }
+    if (array)
+        fputs("]\n", stdout);
     return status;
 }
 

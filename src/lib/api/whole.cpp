@@ -1,5 +1,6 @@
 // Whole inputs and outputs through the C interface: a read into one tree,
 // VDA files, writes, validation, configurations and tree formats.
+#include <ctype.h>
 #include <errno.h>
 #include <stdlib.h>
 #include <string.h>
@@ -429,8 +430,16 @@ edi_result *edi_config(const char *message, const char *directory, int outbound)
 {
     return withresult([&](edi_result &res) {
         res.status = 1;
-        std::string type = message != nullptr ? message : "";
-        std::string dir = directory != nullptr ? directory : "";
+        // Message types and directories are upper case in the data; a
+        // user's "invoic d96a" means the same.
+        auto upper = [](const char *s) {
+            std::string r = s != nullptr ? s : "";
+            for (char &c : r)
+                c = static_cast<char>(toupper(static_cast<unsigned char>(c)));
+            return r;
+        };
+        std::string type = upper(message);
+        std::string dir = upper(directory);
         edi::dirs::Directory d;
         std::string err;
         if (!d.load(directoriesdir(), dir, err)) {
@@ -459,9 +468,12 @@ edi_result *edi_config_list(const char *directory)
             }
             return;
         }
+        std::string name = directory;
+        for (char &c : name)
+            c = static_cast<char>(toupper(static_cast<unsigned char>(c)));
         edi::dirs::Directory d;
         std::string err;
-        if (!d.load(dirs, directory, err)) {
+        if (!d.load(dirs, name, err)) {
             auto all = edi::dirs::directories(dirs);
             std::string have = all.empty() ? "none in " + dirs : all.front() + " ... " + all.back();
             res.rep.fail("", "edi: " + err + " (directories: " + have + "; edi config --list)");
