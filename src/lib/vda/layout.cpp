@@ -15,14 +15,30 @@ const VdaFamily families[] = {
      {"711", "712", "713", "714", "715", "716", "718", "719", "717"}, "02", 60},
 };
 
-bool recordnode(const datatree_t *tp)
+}  // namespace
+
+bool isrecordnode(const datatree_t *tp)
 {
     const char *n = tp->xmltag;
-    return n != nullptr && n[0] == '$' && n[1] == 'S' && n[2] >= '0' && n[2] <= '9' &&
-           n[3] >= '0' && n[3] <= '9' && n[4] >= '0' && n[4] <= '9';
+    return n != nullptr && n[0] == '$' && n[1] == 'S' && n[2] != '\0';
 }
 
-}  // namespace
+std::map<std::string, const datatree_t *> recordnodes(const datatree_t *config)
+{
+    std::map<std::string, const datatree_t *> out;
+    std::vector<const datatree_t *> todo{config->child};
+    while (!todo.empty()) {
+        const datatree_t *tp = todo.back();
+        todo.pop_back();
+        for (; tp != nullptr; tp = tp->next) {
+            if (isrecordnode(tp))
+                out.emplace(tp->xmltag, tp);
+            else if (tp->child != nullptr)
+                todo.push_back(tp->child);
+        }
+    }
+    return out;
+}
 
 const VdaFamily *vdafamily(char digit)
 {
@@ -46,7 +62,7 @@ const VdaFamily *familyoftree(const datatree_t *tree)
         const datatree_t *tp = todo.back();
         todo.pop_back();
         for (; tp != nullptr; tp = tp->next) {
-            if (recordnode(tp))
+            if (isrecordnode(tp))
                 if (const VdaFamily *f = familyoftype(tp->xmltag + 2))
                     return f;
             if (tp->child != nullptr) {

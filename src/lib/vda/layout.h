@@ -5,6 +5,7 @@
 #ifndef EDI_VDA_LAYOUT_H
 #define EDI_VDA_LAYOUT_H
 
+#include <map>
 #include <string>
 #include <vector>
 
@@ -23,6 +24,14 @@ struct VdaFamily {
     const char *trailerversion;  // when no trailer was read
     size_t trailerfiller;        // blanks behind the counters
 };
+
+// A record node of a configuration or data tree: `$S` and the record
+// type, as makerecord keys records ("$S512").
+bool isrecordnode(const datatree_t *tp);
+
+// The record nodes of a configuration by name ("$S512"), the first of each
+// name, depth first.
+std::map<std::string, const datatree_t *> recordnodes(const datatree_t *config);
 
 // The family whose record types begin with `digit` ('5' or '7'), or NULL.
 const VdaFamily *vdafamily(char digit);

@@ -4,6 +4,7 @@
 #include <string.h>
 
 #include "edihost.h"
+#include "vda/layout.h"
 
 namespace edi {
 
@@ -105,28 +106,6 @@ bool RecordPlacer::place(datatree_t *record, const datatree_t *confnode,
 
 namespace {
 
-bool isrecord(const datatree_t *tp)
-{
-    const char *n = tp->xmltag;
-    return n != nullptr && n[0] == '$' && n[1] == 'S' && n[2] != '\0';
-}
-
-// The tag nodes of the configuration by name, the first of each.
-void tagnodes(const datatree_t *config, std::map<std::string, const datatree_t *> &out)
-{
-    std::vector<const datatree_t *> todo{config->child};
-    while (!todo.empty()) {
-        const datatree_t *tp = todo.back();
-        todo.pop_back();
-        for (; tp != nullptr; tp = tp->next) {
-            if (isrecord(tp))
-                out.emplace(tp->xmltag, tp);
-            else if (tp->child != nullptr)
-                todo.push_back(tp->child);
-        }
-    }
-}
-
 // The record nodes below `tp`, in document order, taken out of the tree;
 // every other node below it is freed.
 void takerecords(datatree_t *tp, std::vector<datatree_t *> &out)
@@ -140,7 +119,7 @@ void takerecords(datatree_t *tp, std::vector<datatree_t *> &out)
         datatree_t *n = order.back();
         order.pop_back();
         n->next = nullptr;
-        if (isrecord(n)) {
+        if (isrecordnode(n)) {
             out.push_back(n);
             continue;
         }
@@ -159,8 +138,7 @@ void takerecords(datatree_t *tp, std::vector<datatree_t *> &out)
 void replacerecords(datatree_t *tree, const datatree_t *config,
                     std::vector<std::string> &unplaced)
 {
-    std::map<std::string, const datatree_t *> tags;
-    tagnodes(config, tags);
+    std::map<std::string, const datatree_t *> tags = recordnodes(config);
     std::vector<datatree_t *> records;
     takerecords(tree, records);
     RecordPlacer placer(config, tree);

@@ -17,26 +17,6 @@ namespace edi {
 
 namespace {
 
-bool isrecordnode(const datatree_t *tp)
-{
-    return tp->xmltag != nullptr && tp->xmltag[0] == '$' && tp->xmltag[1] == 'S';
-}
-
-void recordnodes(const datatree_t *config, std::map<std::string, const datatree_t *> &out)
-{
-    std::vector<const datatree_t *> todo{config->child};
-    while (!todo.empty()) {
-        const datatree_t *tp = todo.back();
-        todo.pop_back();
-        for (; tp != nullptr; tp = tp->next) {
-            if (isrecordnode(tp))
-                out.emplace(tp->xmltag + 2, tp);
-            else if (tp->child != nullptr)
-                todo.push_back(tp->child);
-        }
-    }
-}
-
 bool digits(const std::string &v)
 {
     return !v.empty() && v.find_first_not_of("0123456789") == std::string::npos;
@@ -127,8 +107,7 @@ int validatevda(const std::string &input, const std::string &bytes, const datatr
                 Report &rep)
 {
     Checker c{input, rep, 0, {}};
-    std::map<std::string, const datatree_t *> records;
-    recordnodes(config, records);
+    std::map<std::string, const datatree_t *> records = recordnodes(config);
     const VdaFamily *family = familyoftree(config);
     std::vector<std::string> changes;
     std::vector<std::string> lines = workinglines(bytes, false, changes);
@@ -157,7 +136,7 @@ int validatevda(const std::string &input, const std::string &bytes, const datatr
             c.add(lineno, type, "",
                   std::to_string(line.size()) + " characters; a record has 128",
                   line.size() > kRecordWidth ? 16 : 13);
-        auto it = records.find(type);
+        auto it = records.find("$S" + type);
         if (it == records.end()) {
             c.add(lineno, type, "", "record type not in the layout", 15);
             continue;
