@@ -21,6 +21,8 @@
 #include <string>
 
 #include "edifact/edifact.h"
+#include "trees/compacttree.h"
+#include "trees/jsontree.h"
 #include "edihost.h"
 #include "ediprot.h"
 
@@ -222,6 +224,21 @@ int main(int argc, char **argv)
     for (datatree_t *tp = tree->child; tp != nullptr; tp = tp->next)
         copies++;
     const long resultnodes = countnodes(tree);
+    {
+        // The JSON forms of the first 100 messages: compact against full.
+        datatree_t *last = tree->child;
+        for (int k = 1; k < 100 && last != nullptr && last->next != nullptr; k++)
+            last = last->next;
+        datatree_t *rest = last != nullptr ? last->next : nullptr;
+        if (last != nullptr)
+            last->next = nullptr;
+        const size_t full = edi::treetojson(tree, nullptr).size();
+        const size_t compact = edi::compactjson(tree, nullptr, {}, false).size();
+        if (last != nullptr)
+            last->next = rest;
+        printf("JSON            100 messages: full %zu bytes, compact %zu (%.3f of full)\n", full,
+               compact, static_cast<double>(compact) / static_cast<double>(full));
+    }
     const double t2 = now();
     freedatatree(tree);
     const double t3 = now();

@@ -14,10 +14,10 @@ sample=$root/samples/vda4905-sample.txt
 
 cmake --install "$build" --prefix "$prefix" >/dev/null
 # The consumer calls the module alone, as --raw hands the file to it.
-expected=$("$build/edi" vda-read --raw "$sample" --config "$config")
+expected=$("$build/edi" vda-read --raw --full "$sample" --config "$config")
 
 # The installed edi finds its own module and data.
-[ "$("$prefix/bin/edi" vda-read --raw "$sample" --config "$config")" = "$expected" ]
+[ "$("$prefix/bin/edi" vda-read --raw --full "$sample" --config "$config")" = "$expected" ]
 [ -f "$prefix/share/man/man1/edi.1" ] && [ -d "$prefix/share/ediprot/configs" ]
 
 # find_package
@@ -58,5 +58,5 @@ touch "$debroot/var/lib/dpkg/status"
 dpkg --root="$debroot" --force-not-root --force-depends --force-script-chrootless \
      --log=/dev/null -i "$deb" >/dev/null 2>&1
 dpkg --root="$debroot" -s ediprot | grep -q '^Status: install ok installed'
-[ "$("$debroot/usr/bin/edi" vda-read --raw "$sample" --config "$config")" = "$expected" ]
+[ "$("$debroot/usr/bin/edi" vda-read --raw --full "$sample" --config "$config")" = "$expected" ]
 echo "install check passed: cmake --install, find_package, pkg-config, $(basename "$deb")"

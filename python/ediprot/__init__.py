@@ -16,9 +16,7 @@ as Finding records, failures as exceptions (Error and its kinds).
 
 from __future__ import annotations
 
-import gc
 import os
-import tempfile
 from typing import Any, Dict, Iterable, Iterator, List, Optional, Sequence, Tuple, Union
 
 from . import _ediprot
@@ -140,20 +138,12 @@ def read(source: Source, *, config: PathOrList = None, raw: bool = False,
                                                servconf), name)
     got: List[Message] = []
     found: List[Finding] = []
-    # The trees are acyclic and all kept: the cycle collector would only
-    # walk the growing heap again and again (three times the read's time
-    # on large files).
-    collecting = gc.isenabled()
-    gc.disable()
     try:
         for m in _iterate(reader, file, found):
             got.append(m)
     except ReadError as e:
         e.messages = got
         raise
-    finally:
-        if collecting:
-            gc.enable()
     return Interchange(file, got, found)
 
 
@@ -181,6 +171,8 @@ def _message_nodes(items: Messages) -> Tuple[List[Node], bool, Optional[Envelope
     nodes: List[Node] = []
     env = None
     for it in items:
+        if isinstance(it, Node) and isinstance(it.name, str) and it.name[:1] == "#":
+            continue  # an envelope node of a read's root, not a message
         if isinstance(it, Message):
             env = env or it.envelope
             it = it.tree
@@ -195,17 +187,18 @@ def _star(n: Node) -> Node:
     """A message node is a loop node (*ORDERS): a shallow copy named so."""
     if n.is_loop:
         return n
-    m = Node("*" + n.name, n.value, loop=n.loop, attrs=n.attrs)
-    m._children = n._children
+    m = Node.__new__(Node)
+    m._adopt(n)
+    m.name = "*" + n.name
     return m
 
 
-def _latin1(s: Optional[str], what: str = "") -> Optional[bytes]:
+def _encode(s: Optional[str], what: str = "") -> Optional[bytes]:
+    """A text argument as the library takes it (encoded where values are)."""
     try:
-        return None if s is None else s.encode("latin-1")
-    except UnicodeEncodeError:
-        raise ArgumentError(f"the {what} holds a character above U+00FF (texts are Latin-1)",
-                            file="tree") from None
+        return None if s is None else _ediprot.encode_text(s)
+    except ValueError as e:
+        raise ArgumentError(f"the {what} {e}", file="tree") from None
 
 
 def _deliver(out: Output, target: Any, file: str) -> None:
@@ -262,10 +255,10 @@ def write(messages: Messages, target: Any = None, *, config: PathOrList = None,
                             file=name or "tree")
     out_name = os.fsdecode(target) if _ispath(target) else ""
     options = {
-        "configs": _paths(config), "message": _latin1(message, "message"),
-        "sender": _latin1(sender, "sender"), "recipient": _latin1(recipient, "recipient"),
-        "reference": _latin1(reference, "reference"), "test": test, "exact": exact,
-        "name": _latin1(name, "name"), "output": os.fsencode(out_name),
+        "configs": _paths(config), "message": _encode(message, "message"),
+        "sender": _encode(sender, "sender"), "recipient": _encode(recipient, "recipient"),
+        "reference": _encode(reference, "reference"), "test": test, "exact": exact,
+        "name": _encode(name, "name"), "output": os.fsencode(out_name),
         "directories": _optpath(directories),
     }
     try:
@@ -345,23 +338,11 @@ def vda_read(source: Source, config: Any = None, *, raw: bool = False,
     if _ispath(source):
         file = os.fsdecode(source)
         result = _ediprot.vda_read(os.fsencode(source), conf, options)
-        tmp = None
     else:
-        # libedi reads VDA files from a path only: a private copy stands in.
         data, file = _bytes_of(source, name)
-        fd, tmp = tempfile.mkstemp(prefix="ediprot-", suffix=".vda")
-        try:
-            with os.fdopen(fd, "wb") as f:
-                f.write(data)
-            result = _ediprot.vda_read(os.fsencode(tmp), conf, options)
-        finally:
-            os.unlink(tmp)
+        result = _ediprot.vda_read_memory(data, os.fsencode(file), conf, options)
     status, trees, _, _, found = result
     findings = _findings(found)
-    if tmp is not None:
-        findings = [Finding(f.kind, f.severity, file if f.file == tmp else f.file, f.message,
-                            f.segment, f.tag, f.element, f.text.replace(tmp, file), f.verbose)
-                    for f in findings]
     if status != 0 or not trees:
         raise failure(ReadError, findings, file, status)
     return Document(trees[0], file, findings)

@@ -30,7 +30,7 @@ def _parse_path(path: str) -> List[tuple]:
     return parts
 
 
-class Node:
+class Node(_ediprot.NodeBase):
     """One node of a tree: a message, loop, segment, composite or element.
 
     `name` is the library's name: ``*`` in front marks a loop (and the
@@ -45,11 +45,18 @@ class Node:
     list, ``node["NAD"]`` the first child ``$NAD`` (or ``NAD``) as a Node,
     ``node[0]`` the first child; ``find("SG2.NAD.3035")`` the first node
     on that path in any loop instance, ``"SG2[1].NAD"`` the second.
+
+    The fields live in the extension's NodeBase: a node of a tree the
+    library gave stands for the library's node, decodes its name and value
+    when they are read and makes its children as Nodes when they are first
+    asked for; a node built by hand, or a field set, holds its own.
     """
 
-    # Leaves read from a file hold no list of children until asked (a
-    # large read has millions of them); the extension relies on this order.
-    __slots__ = ("name", "value", "_children", "loop", "attrs")
+    __slots__ = ()
+    name: str
+    value: Optional[str]
+    loop: int
+    attrs: Optional[Dict[str, Any]]
 
     def __init__(
         self,
@@ -76,6 +83,14 @@ class Node:
     @children.setter
     def children(self, nodes: Iterable[Node]) -> None:
         self._children = list(nodes)
+
+    def __reduce__(self) -> tuple:
+        """Pickled and copied as a node holding its own fields (the library's
+        tree stays in this process), with a subclass's slots."""
+        extra = {s: getattr(self, s) for c in type(self).__mro__
+                 for s in c.__dict__.get("__slots__", ()) if hasattr(self, s)}
+        return (_rebuild, (type(self), self.name, self.value, self._children, self.loop,
+                           self.attrs), (None, extra) if extra else None)
 
     # -- names ---------------------------------------------------------
     @property
@@ -167,31 +182,7 @@ class Node:
         node holding both a value and children keeps the value under
         ``"#value"``.  `skip_empty` leaves out leaves without value and
         what is empty then.  Loop numbers and attrs are not kept."""
-        out: Dict[str, Any] = {}
-        if self.value is not None and self._children:
-            out["#value"] = self.value
-        for c in self._children or ():
-            if c._children:
-                v: Any = c.to_dict(skip_empty=skip_empty)
-                if skip_empty and not v:
-                    continue
-            else:
-                v = c.value
-                if skip_empty and v is None:
-                    continue
-            k = c.key
-            if c.is_loop:
-                lst = out.setdefault(k, [])
-                if not isinstance(lst, list):
-                    lst = out[k] = [lst]
-                lst.append(v)
-            elif k in out:
-                if not isinstance(out[k], list):
-                    out[k] = [out[k]]
-                out[k].append(v)
-            else:
-                out[k] = v
-        return out
+        return _ediprot.to_dict(self, skip_empty)
 
     @classmethod
     def from_dict(cls, name: str, data: Dict[str, Any]) -> Node:
@@ -263,15 +254,23 @@ class Node:
         return f"Node({', '.join(parts)})"
 
 
+def _rebuild(cls: type, name: Any, value: Any, children: Optional[List[Node]], loop: Any,
+             attrs: Any) -> Node:
+    """A node of class `cls` from the fields Node.__reduce__ gives."""
+    node = cls.__new__(cls)
+    Node.__init__(node, name, value, children, loop=loop, attrs=attrs)
+    return node
+
+
 class Document(Node):
     """A root Node with the file it came from and the findings of its read
     (VDA reads)."""
 
-    __slots__ = ("file", "findings")
+    __slots__ = {"file": "The file read (a path, or the name of an in-memory input).",
+                 "findings": "The findings of the read, as Finding records."}
 
     def __init__(self, root: Node, file: str = "", findings: Sequence[Finding] = ()) -> None:
-        super().__init__(root.name, root.value, loop=root.loop, attrs=root.attrs)
-        self._children = root._children
+        self._adopt(root)
         self.file = file
         self.findings: List[Finding] = list(findings)
 
@@ -351,8 +350,17 @@ class Message:
     findings.  Lookups (``msg["SG2"]``, find, find_all, value_at) go to the
     tree.  A message built by hand needs only its tree."""
 
-    __slots__ = ("tree", "reference", "type", "version", "release", "number", "segments",
-                 "envelope", "findings")
+    __slots__ = {
+        "tree": "The message node (``*TYPE``), a Node.",
+        "reference": "UNH 0062, the message reference.",
+        "type": "UNH S009 0065, the message type (ORDERS).",
+        "version": "UNH S009 0052, the version (D).",
+        "release": "UNH S009 0054, the release (96A).",
+        "number": "The message's number in the file, from 1.",
+        "segments": "Its segments in the file, UNH to UNT.",
+        "envelope": "The Envelope it came in, or None for one built by hand.",
+        "findings": "The findings about this message, as Finding records.",
+    }
 
     def __init__(
         self,
@@ -420,7 +428,9 @@ class Interchange:
     findings of the whole read, and the envelope of the first message (each
     message has its own, for files of several interchanges)."""
 
-    __slots__ = ("file", "messages", "findings")
+    __slots__ = {"file": "The file read (a path, or the name of an in-memory input).",
+                 "messages": "The messages, in file order.",
+                 "findings": "The findings of the whole read, as Finding records."}
 
     def __init__(self, file: str, messages: Sequence[Message], findings: Sequence[Finding] = ()):
         self.file = file

@@ -3,6 +3,8 @@ configurations, and the package standing on its own."""
 
 import gc
 import os
+import sys
+import tracemalloc
 from pathlib import Path
 
 import pytest
@@ -90,6 +92,16 @@ def cyclic_tree():
 # every copy of the input, so that a reader kept would show.
 PADDED = GOOD * 5 + b"\n" * 200_000 + LEFT_OUT
 
+def library_tree_with_bad_value():
+    """A read tree (kept by the library) of which one late value cannot be
+    written: the copy made before the refusal must be released."""
+    ic = ediprot.read(GOOD * 5)
+    ic[-1]["BGM"]["1004"].value = "\u20ac"
+    return ic
+
+
+BAD_TREE = library_tree_with_bad_value()
+
 LEAK_CASES = [
     # what, call (each leaks 100 kB or more a time if anything of it is kept)
     ("read failing late", lambda: ediprot.read(PADDED)),
@@ -99,6 +111,8 @@ LEAK_CASES = [
                                                            recipient="B")),
     ("vda read failing", lambda: ediprot.vda_read(b"hello\n" * 20_000)),
     ("read", lambda: ediprot.read(GOOD * 5)),
+    ("messages left after the first", lambda: next(ediprot.messages(PADDED))),
+    ("write of a read tree refused late", lambda: ediprot.write(BAD_TREE)),
 ]
 
 
@@ -116,6 +130,38 @@ def test_repeated_calls_keep_no_memory(what, call):
     before = rss()
     run(200)
     assert rss() - before < 4 << 20, f"{what}: {(rss() - before) >> 10} kB more"
+
+
+FAILING = [
+    ("read", lambda: ediprot.read(PADDED), ediprot.ReadError),
+    ("messages", lambda: list(ediprot.messages(PADDED)), ediprot.ReadError),
+    ("vda read", lambda: ediprot.vda_read(b"hello\n" * 1000), ediprot.ReadError),
+    ("write", lambda: ediprot.write(BAD_TREE), ediprot.WriteError),
+]
+
+
+@pytest.mark.parametrize("what,call,exc", FAILING, ids=[f[0] for f in FAILING])
+def test_failing_calls_leave_no_objects_and_no_exception(what, call, exc):
+    def fail():
+        with pytest.raises(exc) as err:
+            call()
+        # Raised while nothing else was being handled, and not chained.
+        assert err.value.__context__ is None or isinstance(err.value.__cause__, ValueError)
+
+    for _ in range(10):
+        fail()
+    gc.collect()
+    tracemalloc.start()
+    try:
+        before = tracemalloc.get_traced_memory()[0]
+        for _ in range(100):
+            fail()
+        gc.collect()
+        grown = tracemalloc.get_traced_memory()[0] - before
+    finally:
+        tracemalloc.stop()
+    assert sys.exc_info() == (None, None, None)
+    assert grown < 64 << 10, f"{what}: {grown >> 10} kB of Python objects kept"
 
 
 def test_package_stands_alone():

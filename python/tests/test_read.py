@@ -49,7 +49,7 @@ ENVELOPES = [
 @pytest.mark.parametrize("name,count,types,sender,recipient,syntax,seps,group,interchanges",
                          ENVELOPES, ids=[e[0] for e in ENVELOPES])
 def test_envelope(name, count, types, sender, recipient, syntax, seps, group, interchanges):
-    ic = ediprot.read(CORPUS / name)
+    ic = ediprot.read(CORPUS / name, keep_going=True)  # (a segment with a bad tag in one)
     env = ic.envelope
     assert len(ic) == count and {m.type for m in ic} == types
     assert (env.sender, env.recipient, env.syntax_id) == (sender, recipient, syntax)
@@ -149,3 +149,14 @@ def test_threads_read_as_one_thread():
         t.join()
     assert not errors
     assert all(d == expected[f] for f, ds in got.items() for d in ds) and len(got) == 3
+
+
+@pytest.mark.parametrize("name,text", [
+    ("edireader_tiny-withUNA-UNOE_iso8859-5.edi", "\u0420\u044b\u0431\u0430 \u0442\u0435\u043a\u0441\u0442"),
+    ("php-edifact_example_utf8_DESADV.edi", "MUNCI\u00cb"),
+    ("smooks_edg_recadv_D01B_utf8.txt", "\u5929\u6d25"),
+    ("edireader_ORDRSP-D01B-UNOC_latin1.edi", "\u00f6"),
+])
+def test_values_are_text_of_the_interchanges_character_set(name, text):
+    messages = ediprot.read(CORPUS / name)
+    assert any(text in str(m.to_dict()) for m in messages)

@@ -35,12 +35,12 @@ def test_round_trip(path):
     assert ediprot.write(list(ic), reference="REF1") == out
 
 
-def test_bytes_above_127_are_reported_on_write():
+def test_text_above_127_goes_back_as_it_came():
     ic = ediprot.read(CORPUS / "edireader_ORDRSP-D01B-UNOC_latin1.edi")
+    msg = ic[0]
     out = ediprot.write(ic, name="latin1")
-    lost = [f for f in out.findings if f.kind == "changed" and "above 127" in f.text]
-    assert lost and all(f.file == "latin1" and f.severity == "warning" for f in lost)
-    assert "$BGM.C002.1000" in lost[0].text and b"\xf6" not in out
+    assert not [f for f in out.findings if "above 127" in f.text]
+    assert b"\xf6" in out and "\u00f6" in str(msg.to_dict())
 
 
 def hand_built():
@@ -71,6 +71,10 @@ def test_hand_built_tree_is_written(tmp_path):
     buf = io.BytesIO()
     ediprot.write(hand_built(), buf, sender="ME", recipient="YOU", reference="9", test=True)
     assert buf.getvalue() == out
+    # Envelope nodes of a read's root among the messages are not written.
+    envelope = Node("#envelope", children=[Node("0004", "OTHER")])
+    assert ediprot.write([envelope, hand_built()], sender="ME", recipient="YOU", reference="9",
+                         test=True) == out
     # A UNH without type and directory: given by `message`.
     bare = hand_built()
     bare["UNH"].children.pop()
@@ -83,8 +87,8 @@ BAD_WRITES = [
     ("sender with separator", None, {"sender": "A+B"}, ediprot.ArgumentError, "sender"),
     ("no sender", None, {"sender": ""}, ediprot.ArgumentError, "sender"),
     ("sender above U+00FF", None, {"sender": "\u20ac"}, ediprot.ArgumentError, "sender"),
-    ("value above U+00FF", lambda t: setattr(t["BGM"]["1004"], "value", "\u20ac"), {},
-     ediprot.WriteError, "U+00FF"),
+    ("value without code", lambda t: setattr(t["BGM"]["1004"], "value", "\u20ac"), {},
+     ediprot.WriteError, "has no code for"),
     ("NUL in a value", lambda t: setattr(t["BGM"]["1004"], "value", "a\0b"), {},
      ediprot.WriteError, "NUL"),
     ("tree inside itself", lambda t: t["BGM"].children.append(t), {}, ediprot.WriteError,

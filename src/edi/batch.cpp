@@ -52,7 +52,7 @@ std::vector<std::string> expandinputs(const std::vector<std::string> &inputs)
 {
     std::vector<std::string> out;
     for (const std::string &in : inputs) {
-        if (!isfolder(in)) {
+        if (in == "-" || !isfolder(in)) {  // "-" is standard input
             out.push_back(in);
             continue;
         }
@@ -79,6 +79,10 @@ Exit readbatch(const std::vector<std::string> &inputs, const Options &opt,
     std::map<pid_t, Child> running;
     std::vector<std::pair<std::string, std::string>> failed;
     size_t done = 0, next = 0;
+    // Several JSON documents on stdout are one array, as without -j.
+    const bool array = opt.format == "json" && inputs.size() > 1 &&
+                       (opt.output.empty() || opt.output == "-");
+    const char *separator = "[\n";
     auto progress = [&] {
         if (tty)
             fprintf(stderr, "\r\033[Kedi: %zu/%zu done, %zu read, %zu failed", done, inputs.size(),
@@ -123,6 +127,10 @@ Exit readbatch(const std::vector<std::string> &inputs, const Options &opt,
         std::string out = slurp(c.out), err = slurp(c.err);
         if (tty)
             fputs("\r\033[K", stderr);
+        if (array && !out.empty()) {
+            fputs(separator, stdout);
+            separator = ",\n";
+        }
         fwrite(out.data(), 1, out.size(), stdout);
         fflush(stdout);
         fputs(err.c_str(), stderr);
@@ -135,6 +143,8 @@ Exit readbatch(const std::vector<std::string> &inputs, const Options &opt,
     }
     if (tty)
         fputs("\r\033[K", stderr);
+    if (array)
+        fputs(separator[0] == '[' ? "[\n]\n" : "]\n", stdout);
     for (const auto &[input, why] : failed)
         fprintf(stderr, "%s: failed: %s\n", input.c_str(), why.c_str());
     fprintf(stderr, "edi: %zu files: %zu read, %zu failed\n", inputs.size(),

@@ -10,27 +10,13 @@
 
 #include "allocator.h"
 #include "batch.h"
+#include "ndjson.h"
 #include "edi.h"
 #include "paths.h"
 
 namespace edi {
 
 namespace {
-
-// The characters the writer's UNA declares; a value holding one of them
-// would break the UNB that the module writes around it.
-const char servicechars[] = "+:'?";
-
-bool refusevalue(const char *what, const std::string &v)
-{
-    if (v.find_first_of(servicechars) == std::string::npos)
-        return false;
-    fprintf(stderr,
-            "edi: %s '%s' holds a separator or the release character (+ : ' ?), which would "
-            "break the interchange header; give the identification without them.\n",
-            what, v.c_str());
-    return true;
-}
 
 // The pointers of a list of strings, for the library's options.
 std::vector<const char *> pointers(const std::vector<std::string> &v)
@@ -106,11 +92,12 @@ Exit readone(const Options &opt, const std::string &input, const std::string &ou
     if (edi_result_tree(res) != nullptr) {
         size_t len = 0;
         char *text = nullptr;
+        const int form = opt.full ? EDI_FORM_FULL : EDI_FORM_COMPACT;
         if (opt.format == "json") {
-            text = edi_result_json(res);
+            text = edi_result_json_opt(res, form);
             len = text != nullptr ? strlen(text) : 0;
         } else {
-            text = edi_tree_to_text(edi_result_tree(res), &len);
+            text = edi_tree_to_text_opt(edi_result_tree(res), form, &len);
             for (size_t k = 0; k < edi_result_count(res); k++)
                 fprintf(stderr, "edi: %s: key %s\n", input.c_str(), edi_result_item(res, k));
         }
@@ -217,9 +204,9 @@ Exit readcommand(const Options &opt)
     std::vector<std::string> inputs = expandinputs(opt.inputs);
     bool fromfolder = false;
     for (const std::string &in : opt.inputs)
-        fromfolder = fromfolder || isfolder(in);
-    bool tofolder =
-        !opt.output.empty() && (inputs.size() > 1 || fromfolder || isfolder(opt.output));
+        fromfolder = fromfolder || (in != "-" && isfolder(in));
+    bool tofolder = !opt.output.empty() && opt.output != "-" &&
+                    (inputs.size() > 1 || fromfolder || isfolder(opt.output));
     // Several inputs into a folder that is not there yet: it is made.
     if (tofolder && !isfolder(opt.output) && mkdir(opt.output.c_str(), 0777) != 0) {
         fprintf(stderr, "edi: %s: not a folder and cannot be made one (%s)\n",
@@ -227,8 +214,9 @@ Exit readcommand(const Options &opt)
         return exit_failed;
     }
     auto one = [&](const std::string &input) {
-        return readone(opt, input, tofolder ? infolder(opt.output, input, opt.format) : opt.output,
-                       nullptr);
+        std::string out = tofolder ? infolder(opt.output, input, opt.format) : opt.output;
+        return opt.format == "ndjson" ? readndjson(opt, input, out)
+                                      : readone(opt, input, out, nullptr);
     };
     if (opt.jobs > 0)
         return readbatch(inputs, opt, one);
@@ -253,9 +241,6 @@ Exit readcommand(const Options &opt)
 Exit writecommand(const Options &opt)
 {
     bool vda = opt.command == "vda-write";
-    if (!vda && (refusevalue("--sender", opt.sender) || refusevalue("--recipient", opt.recipient) ||
-                 refusevalue("--reference", opt.reference)))
-        return exit_usage;
     const std::string &name = opt.inputs[0];
     edi_result *loaded = edi_tree_load(name.c_str());
     printfindings(loaded, opt.verbose, stderr);
@@ -274,10 +259,15 @@ Exit writecommand(const Options &opt)
     w.recipient = opt.recipient.c_str();
     w.reference = opt.reference.empty() ? nullptr : opt.reference.c_str();
     w.test = opt.test;
+    w.syntax = opt.syntax.empty() ? nullptr : opt.syntax.c_str();
+    w.application_ref = opt.applicationref.empty() ? nullptr : opt.applicationref.c_str();
+    w.ack_request = opt.ackrequest;
+    w.group = opt.group.empty() ? nullptr : opt.group.c_str();
     w.exact = opt.exact;
     w.name = name.c_str();
     w.output = opt.output.c_str();
     w.trace = opt.trace;
+    w.keep_going = opt.keepgoing;
     const char *vdaconfig = opt.config.empty() ? nullptr : opt.config.c_str();
     edi_result *res = vda ? edi_vda_write(tree, vdaconfig, &w) : edi_write(tree, &w);
     freeatexit(tree);

@@ -6,6 +6,8 @@
 #include <string.h>
 #include <strings.h>
 
+#include <algorithm>
+
 #include "paths.h"
 
 namespace edi {
@@ -39,7 +41,8 @@ const CommandHelp helps[] = {
          "exit status: 0 success, 1 the conversion failed, 2 usage error.\n"
          "'edi COMMAND --help' describes a command.\n"},
     {"read", "usage: edi read INPUT... [--servconf FILE | --config FILE...]\n"
-             "                [--format tree|json] [--raw] [--keep-going] [--verbose]\n"
+             "                [--format tree|json|ndjson] [--full | --form compact|full]\n"
+             "                [--raw] [--join-lines] [--keep-going] [--verbose]\n"
              "                [--validate [--max-errors N]] [--report FILE] [-j N] [-o OUT]\n"
              "\n"
              "Reads each EDIFACT interchange into a tree.  The configuration is\n"
@@ -60,8 +63,14 @@ const CommandHelp helps[] = {
              "validate does, on stderr.  --report FILE writes every finding of\n"
              "the read (and of --validate) as JSON (docs/validation.md).  Without\n"
              "--config or --servconf each message type's configuration is\n"
-             "generated from the directory its UNH names.\n"},
-    {"validate", "usage: edi validate INPUT... [--format text|json] [--max-errors N]\n"
+             "generated from the directory its UNH names.  The tree is written in\n"
+             "its compact form, the nodes that carry data with name, value and\n"
+             "loop number; --full (--form full) writes every field of every node.\n"
+             "--format ndjson writes one line of JSON per message (its envelope\n"
+             "values and its compact tree) as soon as it is read.  INPUT - reads\n"
+             "standard input; without -o, or with -o -, the result goes to\n"
+             "standard output.  --join-lines is accepted and changes nothing.\n"},
+    {"validate", "usage: edi validate INPUT... [--format text|json] [--max-errors N] [--verbose]\n"
                  "\n"
                  "Checks each EDIFACT interchange against the directory that each\n"
                  "message header names and prints one line per finding: file, message\n"
@@ -78,21 +87,33 @@ const CommandHelp helps[] = {
                  "--max-errors N stops after N findings of an input.  Exit status 1\n"
                  "when anything was found.\n"},
     {"write", "usage: edi write TREE [--config FILE... | --message TYPE:DIRECTORY]\n"
-              "                 --sender ID --recipient ID\n"
-              "                 [--test] [--reference REF | --exact] [--verbose] -o OUT\n"
+              "                 [--sender ID[:QUAL[:ROUTING]]] [--recipient ID[:QUAL[:ROUTING]]]\n"
+              "                 [--syntax UNOC:3] [--application-ref REF] [--ack-request]\n"
+              "                 [--group ID] [--test] [--reference REF | --exact]\n"
+              "                 [--keep-going] [--verbose] [-o OUT]\n"
               "\n"
-              "Writes the tree (tree text or JSON, told apart by content) as one\n"
-              "EDIFACT interchange with the outbound configuration FILE (given\n"
+              "Writes the tree (tree text or JSON, told apart by content) as\n"
+              "EDIFACT interchanges with the outbound configuration FILE (given\n"
               "several times: one per message type of the tree).  Without --config\n"
               "each message type's configuration is generated from the directory\n"
-              "its UNH names (S009), or from --message (ORDERS:D96A).  --test marks the\n"
+              "its UNH names (S009), or from --message (ORDERS:D96A).  A tree read\n"
+              "from an interchange carries its envelope (UNA, UNB, UNG), which is\n"
+              "written back; the options set what they name over it, and a tree\n"
+              "without envelope needs --sender and --recipient.  --syntax sets the\n"
+              "syntax identifier and version (version 4 dates are CCYYMMDD),\n"
+              "--group puts the messages in a functional group, --test marks the\n"
               "interchange as a test.  UNT and UNZ counts are corrected, each UNT\n"
               "gets its UNH's message reference, and UNB and UNZ get the control\n"
-              "reference REF or a generated unique one\n"
+              "reference REF, the envelope's, or a generated unique one\n"
               "(--verbose lists each change); --exact keeps the module's output\n"
-              "as it is.\n"},
+              "as it is.  The tree may be in the full or the compact form.  TREE -\n"
+              "reads standard input; without -o, or with -o -, the interchange goes\n"
+              "to standard output.  A value of the tree that the configuration has\n"
+              "no place for, or that would be cut to its length, is named and fails\n"
+              "the write, and nothing is written; --keep-going writes the interchange\n"
+              "without it (or cut) and names it as a warning.  A VDA tree is refused.\n"},
     {"ack", "usage: edi ack INPUT... [--errors-only] [--reference REF] [--max-errors N]\n"
-            "               [-o OUT]\n"
+            "               [--verbose] [-o OUT]\n"
             "\n"
             "Validates each EDIFACT interchange and writes the CONTRL syntax and\n"
             "service report to send back: an interchange addressed to its sender\n"
@@ -104,7 +125,8 @@ const CommandHelp helps[] = {
             "With several INPUT files, OUT is a folder (INPUT.contrl.edi each).\n"
             "Exit status 1 when something was rejected (docs/acknowledgements.md).\n"},
     {"vda-read", "usage: edi vda-read INPUT... [--config FILE] [--format tree|json]\n"
-                 "                    [--raw] [--keep-going] [--verbose] [-j N] [-o OUT]\n"
+                 "                    [--full | --form compact|full] [--raw] [--keep-going]\n"
+                 "                    [--verbose] [-j N] [-o OUT]\n"
                  "\n"
                  "Reads each VDA record file into a tree: VDA 4905 (records 511 to 519)\n"
                  "or VDA 4913 (711 to 719) with the bundled configuration its first\n"
@@ -115,16 +137,71 @@ const CommandHelp helps[] = {
                  "configuration cannot place are listed and fail the read unless\n"
                  "--keep-going; --raw hands the file to the module's own reader.\n"
                  "Without --format, -o OUT ending in .json gives json, else tree.\n"
-                 "With several INPUT files or a folder and -o, OUT is a folder.\n"},
-    {"vda-write", "usage: edi vda-write TREE [--config FILE] [--verbose] -o OUT\n"
+                 "With several INPUT files or a folder and -o, OUT is a folder.\n"
+                 "The tree is compact as with read; --full writes every field.\n"
+                 "INPUT - reads standard input; no -o, or -o -, standard output.\n"},
+    {"vda-write", "usage: edi vda-write TREE [--config FILE] [--keep-going] [--verbose]\n"
+                  "                     [-o OUT]\n"
                   "\n"
                   "Writes the tree (tree text or JSON) as a VDA record file, each\n"
                   "transmission with its trailer (519 or 719) counting what is written,\n"
                   "by the bundled configuration of the tree's records or the\n"
-                  "configuration FILE.  A tree without VDA records is refused.  OUT is\n"
-                  "written whole or not at all.  --verbose also shows the writer's\n"
-                  "line for each record.\n"},
+                  "configuration FILE.  A tree without VDA records, or with EDIFACT\n"
+                  "messages, is refused.  A value that the configuration has no place\n"
+                  "for, or that would be cut to its field, is named and fails the write;\n"
+                  "--keep-going writes the file without it (or cut) and names it as a\n"
+                  "warning.  OUT is written whole or not at all.  --verbose also shows\n"
+                  "the writer's line for each record.  TREE - reads standard input;\n"
+                  "without -o, or with -o -, the file goes to standard output.\n"},
 };
+
+// The options each command takes (by their main name); --trace, --help
+// and --version go with every command.
+struct CommandOptions {
+    const char *command;
+    std::vector<std::string> options;
+};
+
+const CommandOptions commandoptions[] = {
+    {"read", {"--servconf", "--config", "--format", "--form", "--full", "--raw", "--keep-going",
+              "--verbose", "--validate", "--max-errors", "--report", "-j", "-o", "--join-lines"}},
+    {"vda-read", {"--config", "--format", "--form", "--full", "--raw", "--keep-going", "--verbose",
+                  "-j", "-o"}},
+    {"write", {"--config", "--message", "--sender", "--recipient", "--test", "--reference",
+               "--syntax", "--application-ref", "--ack-request", "--group",
+               "--exact", "--keep-going", "--verbose", "-o"}},
+    {"vda-write", {"--config", "--keep-going", "--verbose", "-o"}},
+    {"validate", {"--format", "--max-errors", "--verbose"}},
+    {"ack", {"--errors-only", "--reference", "--max-errors", "--verbose", "-o"}},
+};
+
+// The main name of an option as given: the part before '=', aliases
+// replaced.
+std::string mainname(const std::string &a)
+{
+    std::string n = a.substr(0, a.find('='));
+    if (n == "--output")
+        return "-o";
+    if (n == "--jobs" || (n.size() > 2 && n.compare(0, 2, "-j") == 0 && n[1] == 'j'))
+        return "-j";
+    if (n == "-v")
+        return "--verbose";
+    return n;
+}
+
+// The first option given that `command` does not take, or "".
+std::string foreignoption(const Options &opt)
+{
+    for (const CommandOptions &c : commandoptions) {
+        if (opt.command != c.command)
+            continue;
+        for (const std::string &g : opt.given)
+            if (g != "--trace" && g != "--help" && g != "--version" &&
+                std::find(c.options.begin(), c.options.end(), g) == c.options.end())
+                return g;
+    }
+    return "";
+}
 
 bool usage(const char *fmt, const char *arg)
 {
@@ -148,6 +225,8 @@ bool parseoptions(int argc, char **argv, Options &opt)
 {
     for (int i = 1; i < argc; i++) {
         std::string a = argv[i];
+        if (a.size() > 1 && a[0] == '-' && a != "--")
+            opt.given.push_back(mainname(a));
         // Options that take a value: --name VALUE or --name=VALUE.
         auto value = [&](const char *name, std::string &out) -> int {
             size_t n = strlen(name);
@@ -164,7 +243,7 @@ bool parseoptions(int argc, char **argv, Options &opt)
             return 0;
         };
         int r = 0;
-        std::string trace, jobs, maxerrors;
+        std::string trace, jobs, maxerrors, form;
         if ((r = value("--servconf", opt.servconf)) || (r = value("-o", opt.output)) ||
             (r = value("--output", opt.output)) || (r = value("--reference", opt.reference)) ||
             (r = value("--message", opt.message))) {
@@ -185,6 +264,14 @@ bool parseoptions(int argc, char **argv, Options &opt)
             if (r < 0)
                 return false;
             opt.formatgiven = true;
+        } else if ((r = value("--form", form))) {
+            if (r < 0)
+                return false;
+            if (form != "compact" && form != "full")
+                return usage("--form takes compact or full, not '%s'", form.c_str());
+            opt.full = form == "full";
+        } else if (a == "--full") {
+            opt.full = true;
         } else if ((r = value("--config", opt.config))) {
             if (r < 0)
                 return false;
@@ -233,6 +320,13 @@ bool parseoptions(int argc, char **argv, Options &opt)
             opt.trace = static_cast<int>(v);
         } else if (a == "--test") {
             opt.test = true;
+        } else if (a == "--ack-request") {
+            opt.ackrequest = true;
+        } else if ((r = value("--syntax", opt.syntax)) ||
+                   (r = value("--application-ref", opt.applicationref)) ||
+                   (r = value("--group", opt.group))) {
+            if (r < 0)
+                return false;
         } else if (a == "--join-lines") {
             opt.joinlines = true;
         } else if (a == "--help" || a == "-h") {
@@ -260,6 +354,9 @@ bool parseoptions(int argc, char **argv, Options &opt)
     if (opt.command == "validate") {
         if (opt.format != "tree" && opt.format != "text" && opt.format != "json")
             return usage("--format of validate takes text or json, not '%s'", opt.format.c_str());
+    } else if (opt.command == "read") {
+        if (opt.format != "tree" && opt.format != "json" && opt.format != "ndjson")
+            return usage("--format takes tree, json or ndjson, not '%s'", opt.format.c_str());
     } else if (opt.format != "tree" && opt.format != "json") {
         return usage("--format takes tree or json, not '%s'", opt.format.c_str());
     }
@@ -274,21 +371,20 @@ bool parseoptions(int argc, char **argv, Options &opt)
     if (!opt.formatgiven && out.size() > 5 &&
         strcasecmp(out.c_str() + out.size() - 5, ".json") == 0 && !isfolder(out))
         opt.format = "json";
+    if (!opt.formatgiven && opt.command == "read" && out.size() > 7 &&
+        strcasecmp(out.c_str() + out.size() - 7, ".ndjson") == 0 && !isfolder(out))
+        opt.format = "ndjson";
     if (opt.inputs.empty())
         return usage("%s needs an input file", opt.command.c_str());
     bool writing = opt.command == "write" || opt.command == "vda-write";
     if (writing) {
         if (opt.inputs.size() != 1)
             return usage("%s takes exactly one tree file", opt.command.c_str());
-        if (opt.output.empty())
-            return usage("%s needs -o OUT", opt.command.c_str());
     }
     if (!opt.message.empty() && (opt.command != "write" || !opt.config.empty()))
         return usage("%s--message is an option of write without --config", "");
     if (opt.validate && opt.command != "read")
         return usage("%s--validate is an option of read", "");
-    if (opt.command == "write" && (!opt.havesender || !opt.haverecipient))
-        return usage("%s needs --sender and --recipient", "write");
     if (opt.joinlines && opt.command != "read")
         return usage("%s--join-lines is an option of read only", "");
     if (opt.jobs > 0 && writing)
@@ -301,6 +397,11 @@ bool parseoptions(int argc, char **argv, Options &opt)
         return usage("--reference takes at most 14 characters, not '%s'", opt.reference.c_str());
     if (opt.command == "read" && !opt.config.empty() && !opt.servconf.empty())
         return usage("%sgive either --servconf or --config, not both", "");
+    if (opt.format == "ndjson" && !opt.report.empty())
+        return usage("%s--report is an option of read with --format tree or json", "");
+    std::string foreign = foreignoption(opt);
+    if (!foreign.empty())
+        return usage("%s", (foreign + " is not an option of " + opt.command).c_str());
     return true;
 }
 

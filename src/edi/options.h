@@ -15,12 +15,16 @@ struct Options {
     std::vector<std::string> inputs;  // INPUT files, or the TREE file
     std::string servconf;             // --servconf FILE
     std::string config;               // --config FILE
-    std::string format = "tree";      // --format tree|json, else from the name of OUT
+    std::string format = "tree";      // --format tree|json|ndjson, else from the name of OUT
     bool formatgiven = false;         // --format was given
+    bool full = false;                // --full or --form full: every field of every node
+    std::vector<std::string> given;   // the options given, by their main name
     std::string output;               // -o OUT
     std::string sender, recipient;    // --sender, --recipient
     bool havesender = false, haverecipient = false;
     bool test = false;                // --test
+    std::string syntax, applicationref, group;  // --syntax, --application-ref, --group
+    bool ackrequest = false;          // --ack-request
     bool joinlines = false;           // --join-lines (what read always does now)
     bool raw = false;                 // --raw: the module gets the file as it is
     bool verbose = false;             // --verbose: report what the working copy changed

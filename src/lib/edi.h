@@ -147,7 +147,8 @@ typedef struct edi_write_options {
     const char *message;        /* TYPE:DIRECTORY (ORDERS:D96A) for a tree whose
                                    UNH names no directory, or NULL */
     const char *sender;         /* UNB sender identification; needed by edi_write
-                                   (status 2 when "" or NULL), not by VDA */
+                                   (status 2 when "" or NULL) unless the tree
+                                   carries its envelope; not by VDA */
     const char *recipient;      /* UNB recipient identification */
     const char *reference;      /* control reference for UNB and UNZ; NULL: a new one */
     int test;                   /* 1: UNB marks a test interchange */
@@ -157,6 +158,22 @@ typedef struct edi_write_options {
     const char *output;         /* names the output in findings (NULL: "") */
     int trace;                  /* module trace level, or -1 */
     const char *directories;    /* the directory data folder; NULL: the default */
+    int keep_going;             /* 1: values of the tree that the writer would
+                                   leave out (no place in the configuration) or
+                                   cut to their length are warnings and the
+                                   output is written; 0: they fail the write
+                                   (status 1, findings naming each).  Read only
+                                   when `size` covers it (edi_write_options_init) */
+    /* The envelope.  A tree read from an interchange carries the envelope
+       it came in (root children `#envelope` and `#group`), which is written
+       back; what these name is set over it.  `sender` and `recipient` may
+       be ID, ID:QUALIFIER or ID:QUALIFIER:ROUTING. */
+    const char *syntax;          /* UNB S001: IDENTIFIER:VERSION (UNOC:3), or NULL;
+                                    version 4 writes dates as CCYYMMDD */
+    const char *application_ref; /* UNB 0026, or NULL */
+    int ack_request;             /* 1: UNB 0031 asks for an acknowledgement */
+    const char *group;           /* UNG 0038: the messages go in one functional
+                                    group of this identification, or NULL */
 } edi_write_options;
 
 EDI_API void edi_write_options_init(edi_write_options *opt);
@@ -258,6 +275,14 @@ typedef struct edi_envelope {
     const char *group_recipient; /* UNG S007 0044 */
     const char *group_ref;       /* UNG 0048 */
     int interchange;             /* counted from 1 in the file */
+    /* Every element as received, as the `#envelope` node (UNA, charset, UNB)
+       and `#group` node (UNG; NULL when the message is in no group) that a
+       whole read's tree has before its messages (docs/envelope.md). */
+    const datatree_t *unb_tree;
+    const datatree_t *ung_tree;
+    const char *charset;         /* the set the message's values are in, as
+                                    decoded for JSON: "ISO-8859-1", "UTF-8",
+                                    "US-ASCII", ...; "" for an unknown one */
 } edi_envelope;
 
 EDI_API const edi_envelope *edi_message_envelope(const edi_message *m);
@@ -291,7 +316,9 @@ EDI_API edi_result *edi_read_memory(const void *data, size_t len, const char *na
 EDI_API char *edi_result_json(const edi_result *res);
 
 /* A VDA record file read with the configuration `config` (a file), or
- * written from `tree` with it.  A write's text is the record file. */
+ * written from `tree` with it.  A write's text is the record file; as with
+ * edi_write, a value without a place or cut fails it unless
+ * opt->keep_going, and a tree holding EDIFACT messages is refused. */
 EDI_API edi_result *edi_vda_read(const char *path, const char *config, const edi_options *opt);
 EDI_API edi_result *edi_vda_write(datatree_t *tree, const char *config,
                                   const edi_write_options *opt);
@@ -302,11 +329,15 @@ EDI_API edi_result *edi_vda_read_memory(const void *data, size_t len, const char
 
 /* `tree` (a root whose children are messages, as a read gives it) written
  * as one interchange, with the fixes a partner checks: each loop numbered
- * as the configuration reads it, values that will be cut named first
- * (findings of kind EDI_FINDING_CHANGED), UNT counts and references, UNZ
+ * as the configuration reads it, values that will be written changed named
+ * first (findings of kind EDI_FINDING_CHANGED), UNT counts and references, UNZ
  * count and a control reference set, date and time from SOURCE_DATE_EPOCH
  * when set.  The tree is renumbered in place and stays the caller's.  The
- * result's text is the interchange. */
+ * result's text is the interchange.  Nothing is lost without a word: a
+ * value of the tree that the configuration has no place for (findings of
+ * kind EDI_FINDING_LEFT_OUT naming message, path and value) or that would
+ * be cut to its length fails the write (status 1, no text) unless
+ * opt->keep_going; a tree holding VDA records is refused (status 1). */
 EDI_API edi_result *edi_write(datatree_t *tree, const edi_write_options *opt);
 
 /* The same for `n` message trees (message nodes such as edi_next gives,
@@ -364,11 +395,82 @@ EDI_API char *edi_directories_path(void);
  * document; free with edi_free.  NULL for a NULL tree. */
 EDI_API char *edi_tree_to_text(const datatree_t *tree, size_t *len);
 EDI_API char *edi_tree_to_json(const datatree_t *tree, size_t *len);
+/* Forms of a tree's text, the `form` flags of the functions below (or-ed).
+ * The full form has every field of every node, configuration parameters
+ * and empty nodes included (what edi_tree_to_text and edi_tree_to_json
+ * give).  The compact form has only the nodes that carry data (a value,
+ * or a value below them) with their name, value and loop number: all a
+ * write needs, since the writer walks its configuration.  Compact JSON is
+ * marked "form": "compact" (docs/json.md).  Both forms are read back by
+ * edi_tree_parse and edi_tree_load. */
+enum {
+    EDI_FORM_FULL = 0,
+    EDI_FORM_COMPACT = 1,
+    EDI_FORM_ONE_LINE = 2 /* JSON: the whole document on one line */
+};
+/* The tree as tree text or JSON document in `form`; free with edi_free.
+ * NULL for a NULL tree, or for a tree deeper than 10,000 levels in JSON
+ * or in the compact form. */
+EDI_API char *edi_tree_to_text_opt(const datatree_t *tree, int form, size_t *len);
+EDI_API char *edi_tree_to_json_opt(const datatree_t *tree, int form, size_t *len);
+/* edi_result_json in `form`. */
+EDI_API char *edi_result_json_opt(const edi_result *res, int form);
+/* One message as a JSON document: "message" its number in the file,
+ * "envelope" the values of its UNA, UNB and UNG that are present (names
+ * as the fields of edi_envelope, "una" the six service characters), and
+ * "tree" its message node, in `form` (EDI_FORM_COMPACT |
+ * EDI_FORM_ONE_LINE is a line of NDJSON).  Free with edi_free; NULL when
+ * the message has no tree (taken out). */
+EDI_API char *edi_message_json(const edi_message *m, int form);
 /* A tree from tree text or JSON (told apart by the first character that
  * is not white space) held in memory; `name` names it in findings. */
 EDI_API edi_result *edi_tree_parse(const char *text, size_t len, const char *name);
 /* The same from a file ("-": standard input). */
 EDI_API edi_result *edi_tree_load(const char *path);
+
+/* ---- character sets ------------------------------------------------- */
+
+/* An interchange declares its character set in its syntax identifier (UNB
+ * S001 0001): UNOA and UNOB (levels A and B, 7-bit; IATA and IATB alike),
+ * UNOC ISO-8859-1, UNOD -2, UNOE -5, UNOF -7, UNOG -3, UNOH -4, UNOI -6,
+ * UNOJ -8, UNOK -9, UNOL -15, UNOW and UNOY UTF-8.  UNOX (ISO 2022 code
+ * extension) is not supported.  Where a function takes `charset`, it is a
+ * syntax identifier ("UNOE") or an IANA set name ("ISO-8859-5", "UTF-8",
+ * "US-ASCII"; case, '-' and '_' do not matter); NULL or "" is ISO-8859-1.
+ * docs/charsets.md has the rules. */
+
+/* The bytes `data` (`len` of them) of set `charset` as UTF-8 text, NUL
+ * terminated; `*outlen` (when not NULL) receives its length.  Nothing is
+ * lost: edi_text_encode gives the same bytes back.  A byte the set has no
+ * character for (an unassigned ISO 8859 position, a byte of malformed
+ * UTF-8 in UTF-8) becomes the private-use character U+F700 + byte
+ * (U+F780-U+F7FF).  Bytes above 127 in levels A and B are read as
+ * ISO-8859-1.  NULL for an unknown set (or no memory); free with edi_free. */
+EDI_API char *edi_text_decode(const char *data, size_t len, const char *charset,
+                              size_t *outlen);
+/* The UTF-8 text `utf8` (`len` bytes) as bytes of set `charset`, NUL
+ * terminated (the bytes may hold NUL themselves: use `*outlen`).  Each
+ * character the set has no code for, and each byte of malformed UTF-8,
+ * is written as '?' and counted in `*unencodable` (when not NULL; 0 when
+ * all was written).  U+F780-U+F7FF are written as the byte they stand for;
+ * in levels A and B U+0080-U+00FF are written as ISO-8859-1 bytes, as
+ * edi_text_decode reads them.  NULL for an unknown set (or no memory);
+ * free with edi_free. */
+EDI_API char *edi_text_encode(const char *utf8, size_t len, const char *charset,
+                              size_t *outlen, size_t *unencodable);
+/* The IANA name of the set a syntax identifier declares ("UNOC":
+ * "ISO-8859-1", "UNOA": "US-ASCII", "UNOY": "UTF-8"), a static string;
+ * NULL when it declares none ("UNOQ", "UNOX", NULL). */
+EDI_API const char *edi_charset_name(const char *syntax_id);
+/* The syntax identifier that declares the set `charset` names
+ * ("ISO-8859-5": "UNOE", "UTF-8": "UNOY", "US-ASCII": "UNOB"), a static
+ * string; NULL for an unknown set. */
+EDI_API const char *edi_charset_syntax_id(const char *charset);
+/* The set the bytes are really in, as edi_charset_name names it: "UTF-8"
+ * when `charset` is a single-byte set but every byte above 127 belongs
+ * to a well-formed UTF-8 sequence (at least one); else the name of
+ * `charset` itself.  NULL for an unknown set. */
+EDI_API const char *edi_charset_detect(const char *data, size_t len, const char *charset);
 
 /* ---- misc ----------------------------------------------------------- */
 

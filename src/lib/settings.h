@@ -9,7 +9,8 @@ namespace edi {
 
 struct Settings {
     bool raw = false;          // the module gets the input untouched
-    bool keepgoing = false;    // segments or records left out are no failure
+    bool keepgoing = false;    // segments or records left out of a read, values
+                               // left out or cut on write, are no failure
     int trace = -1;            // module trace level, -1 for none
     std::string servconf;      // a service configuration is in force
     std::string directories;   // the directory data folder; "" the default
@@ -17,6 +18,11 @@ struct Settings {
     std::string message;       // TYPE:DIRECTORY when the UNH names none
     std::string sender, recipient, reference;
     bool test = false;
+    // The envelope of what is written, over what the tree carries.
+    std::string syntax;          // UNOC:3
+    std::string applicationref;  // UNB 0026
+    bool ackrequest = false;     // UNB 0031
+    std::string group;           // UNG 0038: one functional group around the messages
     bool exact = false;        // the module's output untouched
     std::string name;          // the tree, in findings
     std::string output;        // the output, in findings

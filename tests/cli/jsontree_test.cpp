@@ -95,10 +95,11 @@ TEST(JsonTree, ImportRefusesWhatIsNoTreeWithOneMessageNamingTheFile)
         {"{\"name\": \"a\", \"edilen\": 4294967296}", "t.json: \"edilen\" out of range\n"},
         {"{\"name\": \"a\", \"editype\": \"money\"}", "t.json: bad value of \"editype\"\n"},
         {"{\"name\": \"a\", \"children\": {}}", "t.json: \"children\" is not an array\n"},
-        {"{\"name\": \"a\", \"children\": [1]}", "t.json: a node is not an object\n"},
+        {"{\"name\": \"a\", \"children\": [1]}", "t.json: a node is not an object or a [name, value] pair\n"},
         {"{\"name\": \"a\\u0000b\"}", "t.json: \"name\" holds a NUL character\n"},
         {"{\"name\": \"a\", \"data\": \"\\u0100\"}",
-         "t.json: \"data\" holds a character above U+00FF\n"},
+         "t.json: a: the value '\\xc4\\x80' holds U+0100, which ISO-8859-1 has no code for; "
+         "the interchange cannot carry it.\n"},
     };
     for (const auto &c : cases) {
         datatree_t *tree = reinterpret_cast<datatree_t *>(1);

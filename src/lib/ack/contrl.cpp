@@ -146,7 +146,9 @@ std::string contrl(const std::string &input, const std::string &bytes, const Ack
     std::map<int, std::vector<const Finding *>> bymessage;
     const std::deque<Finding> &all = rep.items();
     for (size_t i = first; i < all.size(); i++)
-        if (all[i].kind == EDI_FINDING_VALIDATION && all[i].message > 0)
+        // Warnings (lower case in level A) reject nothing.
+        if (all[i].kind == EDI_FINDING_VALIDATION && all[i].message > 0 &&
+            all[i].severity == EDI_SEVERITY_ERROR)
             bymessage[all[i].message].push_back(&all[i]);
 
     std::string out;

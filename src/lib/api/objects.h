@@ -28,6 +28,8 @@ struct edi_message {
     datatree_t *tree = nullptr;
     edi::EnvelopeValues env;
     edi_envelope view{};
+    datatree_t *envtree = nullptr, *grouptree = nullptr;  // the envelope as nodes
+    std::string charset;
     std::string reference, type, version, release;
     int number = 0;
     size_t segments = 0;

@@ -7,6 +7,7 @@
 #include <new>
 
 #include "api/objects.h"
+#include "trees/envelopenodes.h"
 #include "directory/autoconfig.h"
 #include "directory/validatefile.h"
 #include "files/output.h"
@@ -16,8 +17,9 @@
 
 edi_message::~edi_message()
 {
-    if (tree != nullptr)
-        freedatatree(tree);
+    for (datatree_t *t : {tree, envtree, grouptree})
+        if (t != nullptr)
+            freedatatree(t);
 }
 
 edi_reader::~edi_reader()
@@ -203,21 +205,14 @@ int edi_next(edi_reader *r, edi_message **msg)
             m->release = r->infos[i].release;
             m->segments = r->infos[i].segments;
         }
-        std::string una = u.una, unb = u.unb;
-        if (unb.empty()) {
-            // A raw read: the envelope is taken from the working copy itself.
-            SegmentReader sr(r->unit.text);
-            Segment s;
-            while (sr.next(s) && s.tag != "UNH") {
-                std::string seg = r->unit.text.substr(s.begin, s.end - s.begin);
-                if (s.tag == "UNA")
-                    una = seg;
-                else if (s.tag == "UNB")
-                    unb = seg;
-            }
-        }
+        std::string una, unb;
+        unitenvelope(r->unit, una, unb);
         m->env = envelopevalues(una, unb, i < u.groups.size() ? u.groups[i] : "");
         m->env.interchange = u.interchange;
+        m->charset = r->unit.charset;
+        m->envtree = envelopenode(una, unb, m->charset);
+        if (i < u.groups.size() && !u.groups[i].empty())
+            m->grouptree = groupnode(una, u.groups[i]);
         const std::deque<Finding> &all = r->rep.items();
         for (size_t k = r->unitstart; k < all.size(); k++)
             if (all[k].message == m->number)
@@ -254,6 +249,9 @@ int edi_next(edi_reader *r, edi_message **msg)
         ev.group_recipient = e.grouprecipient.c_str();
         ev.group_ref = e.groupref.c_str();
         ev.interchange = e.interchange;
+        ev.unb_tree = m->envtree;
+        ev.ung_tree = m->grouptree;
+        ev.charset = m->charset.c_str();
         *msg = m;
         return 1;
     } catch (const std::bad_alloc &) {

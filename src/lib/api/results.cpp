@@ -1,4 +1,5 @@
 // Options, results and strings of the C interface.
+#include <stddef.h>
 #include <stdlib.h>
 #include <string.h>
 
@@ -94,11 +95,22 @@ Settings takewriteoptions(const edi_write_options *opt)
     s.recipient = opt->recipient != nullptr ? opt->recipient : "";
     s.reference = opt->reference != nullptr ? opt->reference : "";
     s.test = opt->test != 0;
+    // Fields a caller built against an older header does not have.
+    auto has = [opt](size_t end) { return opt->size >= end; };
+    if (has(offsetof(edi_write_options, group) + sizeof opt->group)) {
+        s.syntax = opt->syntax != nullptr ? opt->syntax : "";
+        s.applicationref = opt->application_ref != nullptr ? opt->application_ref : "";
+        s.ackrequest = opt->ack_request != 0;
+        s.group = opt->group != nullptr ? opt->group : "";
+    }
     s.exact = opt->exact != 0;
     s.name = opt->name != nullptr && *opt->name != '\0' ? opt->name : "tree";
     s.output = opt->output != nullptr ? opt->output : "";
     s.trace = opt->trace >= 0 && opt->trace <= 15 ? opt->trace : -1;
     s.directories = opt->directories != nullptr ? opt->directories : "";
+    // A caller built with an older edi.h has a shorter record.
+    if (opt->size >= offsetof(edi_write_options, keep_going) + sizeof opt->keep_going)
+        s.keepgoing = opt->keep_going != 0;
     return s;
 }
 

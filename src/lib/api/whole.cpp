@@ -258,6 +258,19 @@ edi_result *edi_vda_write(datatree_t *tree, const char *config, const edi_write_
             res.rep.fail(s.name, "the tree holds no record");
             return;
         }
+        // An EDIFACT tree: message nodes with a UNH (the tree itself may be
+        // one).  Its values have no place in a record layout.
+        for (const datatree_t *m = tree; m != nullptr; m = m == tree ? tree->child : m->next) {
+            for (const datatree_t *c = m->child; c != nullptr; c = c->next) {
+                if (c->xmltag == nullptr || strncmp(c->xmltag, "$UNH", 4) != 0)
+                    continue;
+                res.rep.fail(s.name, std::string("the tree holds EDIFACT messages (") +
+                                         (m->xmltag != nullptr ? m->xmltag : "") +
+                                         " with a UNH segment), so it is no VDA tree; an "
+                                         "EDIFACT tree is written with edi write.");
+                return;
+            }
+        }
         const VdaFamily *family = familyoftree(tree);
         if (family == nullptr) {
             res.rep.fail(s.name, "the tree holds no VDA record (no node $S511 to $S519 or $S711 "

@@ -6,9 +6,12 @@
 
 #include "directory/autoconfig.h"
 #include "findings/report.h"
+#include "text/repetitions.h"
 #include "text/segments.h"
 #include "text/transport.h"
 #include "directory/validate.h"
+#include "directory/validatecharset.h"
+#include "text/charset.h"
 
 namespace edi {
 
@@ -36,16 +39,13 @@ edi::dirs::SegmentValues valuesof(std::string_view text, const Segment &s, char 
     return sv;
 }
 
-// The repetition separator from the UNB of syntax version 4 onwards: UNA's
-// position 7 (a blank there means none), else `*`.
+// The repetition separator the interchange declares, as the reader takes
+// it (text/repetitions.h); 0 for none.
 char repetition(std::string_view text, const Segment &unb, const Segment *una)
 {
-    std::vector<std::string> els = elementsof(segmentbody(text, unb), unb.sx);
-    std::vector<std::string> id = els.size() > 1 ? componentsof(els[1], unb.sx) : els;
-    if (id.size() < 2 || id[1].empty() || id[1][0] < '4' || id[1][0] > '9')
-        return 0;
-    char c = una != nullptr && una->end - una->begin > 7 ? text[una->begin + 7] : '*';
-    return c == ' ' ? 0 : c;
+    std::string_view u = una != nullptr ? text.substr(una->begin, una->end - una->begin)
+                                        : std::string_view();
+    return repetitionseparator(u, text.substr(unb.begin, unb.end - unb.begin));
 }
 
 struct Directories {
@@ -105,8 +105,8 @@ struct MessagePlace {
     std::vector<size_t> filesegment, offset;  // per segment of the message, from 0
 };
 
-void finding(Report &rep, const MessagePlace &m, size_t segment, const std::string &tag,
-             const std::string &what, const edi::dirs::Finding *place = nullptr, int code = 0)
+Finding &finding(Report &rep, const MessagePlace &m, size_t segment, const std::string &tag,
+                 const std::string &what, const edi::dirs::Finding *place = nullptr, int code = 0)
 {
     Finding &f = rep.add(EDI_FINDING_VALIDATION, EDI_SEVERITY_ERROR, m.input,
                          "message " + std::to_string(m.msgno) + ", segment " +
@@ -130,6 +130,33 @@ void finding(Report &rep, const MessagePlace &m, size_t segment, const std::stri
         f.value = place->value;
         f.element = place->id;
     }
+    return f;
+}
+
+// The set the UNB at `unb` declares; an identifier that declares none is
+// reported (0085 code 2, syntax identifier not supported).
+Charset declaredset(Report &rep, const std::string &input, std::string_view text,
+                    const Segment &unb, std::string &syntaxid, size_t filesegment, size_t offset)
+{
+    std::vector<std::string> els = elementsof(segmentbody(text, unb), unb.sx);
+    std::vector<std::string> id = els.size() > 1 ? componentsof(els[1], unb.sx) : els;
+    syntaxid = id.size() > 0 ? unreleased(id[0], unb.sx.rel) : "";
+    std::string problem = syntaxproblem(syntaxid);
+    if (problem.empty())
+        return charsetofsyntax(syntaxid);
+    std::string ref = els.size() > 5 ? els[5] : "";
+    Finding &f = rep.add(EDI_FINDING_VALIDATION, EDI_SEVERITY_ERROR, input,
+                         "interchange " + printable(ref) + " (UNB): " + problem +
+                             "; the characters of its messages are not checked");
+    f.tag = "UNB";
+    f.interchangeref = ref;
+    f.filesegment = filesegment;
+    f.offset = offset;
+    f.code = 2;
+    f.elementpos = f.componentpos = 1;
+    f.dataelement = f.element = "0001";
+    f.value = syntaxid;
+    return Charset::unknown;
 }
 
 }  // namespace
@@ -144,6 +171,8 @@ int validatefile(const std::string &input, const std::string &bytes, Report &rep
     Directories dirs;
     int found = 0, msgno = 0;
     char repsep = 0;
+    Charset declared = Charset::iso8859_1;
+    std::string syntaxid;
     const Segment *una = nullptr;
     std::string interchangeref;
     size_t unas = 0;  // UNA segments so far: no segment of the count
@@ -159,6 +188,9 @@ int validatefile(const std::string &input, const std::string &bytes, Report &rep
             una = nullptr;
             std::vector<std::string> els = elementsof(segmentbody(text, segs[i]), segs[i].sx);
             interchangeref = els.size() > 5 ? els[5] : "";
+            declared = declaredset(rep, input, text, segs[i], syntaxid, i + 1 - unas,
+                                   offsets.at(segs[i].begin));
+            found += declared == Charset::unknown;
         }
         if (segs[i].tag != "UNH")
             continue;
@@ -178,12 +210,29 @@ int validatefile(const std::string &input, const std::string &bytes, Report &rep
         }
         const auto &head = msg[0].elements;
         place.messageref = !head.empty() && !head[0].empty() ? head[0][0] : "";
+        // Values outside the declared set, in segment order among the other
+        // findings; lower case in level A is a warning and not counted.
+        std::vector<edi::dirs::CharsetFinding> chars =
+            edi::dirs::charsetfindings(declared, syntaxid, msg);
+        size_t nextchar = 0;
+        auto charsupto = [&](size_t segment) {
+            for (; nextchar < chars.size() && chars[nextchar].finding.segment <= segment &&
+                   !full();
+                 nextchar++) {
+                const edi::dirs::CharsetFinding &cf = chars[nextchar];
+                Finding &f = finding(rep, place, cf.finding.segment, cf.finding.tag,
+                                     cf.finding.text, &cf.finding);
+                f.severity = cf.warning ? EDI_SEVERITY_WARNING : EDI_SEVERITY_ERROR;
+                found += cf.warning ? 0 : 1;
+            }
+        };
         std::vector<std::string> id = head.size() > 1 ? head[1] : std::vector<std::string>{};
         id.resize(4);
         std::string type = id[0], directory = id[1] + id[2];
         if (!type.empty() && (id[1].empty() || id[2].empty())) {
             finding(rep, place, 1, "UNH", "the message header names no directory", nullptr, 13);
             found++;
+            charsupto(msg.size());
             continue;
         }
         if (!id[3].empty() && id[3] != "UN") {
@@ -191,6 +240,7 @@ int validatefile(const std::string &input, const std::string &bytes, Report &rep
                     type + " of agency " + printable(id[3]) + ": only UN directories are known",
                     nullptr, 14);
             found++;
+            charsupto(msg.size());
             continue;
         }
         const edi::dirs::Directory *d = dirs.get(directory);
@@ -204,14 +254,17 @@ int validatefile(const std::string &input, const std::string &bytes, Report &rep
                                  : missingmessage(type, directory, d != nullptr),
                     nullptr, type.empty() ? 13 : 12);
             found++;
+            charsupto(msg.size());
             continue;
         }
         for (const edi::dirs::Finding &f : edi::dirs::validate(*d, type, msg)) {
+            charsupto(f.segment - 1);
             if (full())
                 break;
             finding(rep, place, f.segment, f.tag, f.text, &f);
             found++;
         }
+        charsupto(msg.size());
     }
     if (msgno == 0) {
         rep.add(EDI_FINDING_VALIDATION, EDI_SEVERITY_ERROR, input, "no message (UNH) found");

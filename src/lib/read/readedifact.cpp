@@ -7,10 +7,13 @@
 #include "directory/autoconfig.h"
 #include "module/capture.h"
 #include "text/compositepad.h"
+#include "read/workingcopycheck.h"
 #include "text/reescape.h"
 #include "edihost.h"
 #include "text/envelope.h"
 #include "text/envelopevalues.h"
+#include "trees/envelopenodes.h"
+#include "text/charset.h"
 #include "module/explain.h"
 #include "directory/filelayout.h"
 #include "files/output.h"
@@ -138,16 +141,16 @@ std::vector<Unit> ownlayouts(const std::vector<Unit> &units, Generated &gen,
     return out;
 }
 
-// The working copy of one unit as the module shall read it: release
-// characters it would misread rewritten, composites without component
-// separator given one.  Each change is noted (and printed with --verbose).
-std::string prepareunit(const Unit &u, const datatree_t *config, const std::string &input,
-                        std::vector<std::string> &changes, Report &rep)
+// The working copy `copy` of one unit (repetitions already on their places)
+// as the module shall read it: release characters it would misread
+// rewritten, composites without component separator given one.  Each change is noted (and printed with --verbose).
+std::string prepareunit(const Unit &u, const std::string &copy, const datatree_t *config,
+                        const std::string &input, std::vector<std::string> &changes, Report &rep)
 {
     std::vector<std::string> notes;
     bool changed = false;
     char release = 0;
-    std::string text = reescape(u.text, changed, release);
+    std::string text = reescape(copy, changed, release);
     if (changed)
         notes.push_back(describeunit(u) + ": release characters written as '" +
                         printable(std::string(1, release)) +
@@ -328,7 +331,14 @@ bool EdifactReading::next(UnitRead &out)
             }
         }
         envelope_t *ev = nullptr;
-        std::string text = opt_.raw ? u.text : prepareunit(u, config, input_, changes_, rep_);
+        std::string text = u.text;
+        if (!opt_.raw &&
+            !checkworkingcopy(u, config, input_, opt_.keepgoing, text, changes_, rep_)) {
+            failed_ = true;
+            return false;
+        }
+        if (!opt_.raw)
+            text = prepareunit(u, text, config, input_, changes_, rep_);
         datatree_t *tree = nullptr;
         std::vector<std::string> lines = inmodule(opt_.trace, opt_.trace < 0, [&] {
             std::vector<char> fn(input_.c_str(), input_.c_str() + input_.size() + 1);
@@ -372,11 +382,84 @@ bool EdifactReading::next(UnitRead &out)
         out.unit = u;
         out.text = std::move(text);
         out.key = ev != nullptr && ev->servconftag != nullptr ? ev->servconftag : "";
+        out.charset = textcharset(out);
         freeenvelope(ev);
         return true;
     }
     return false;
 }
+
+std::string EdifactReading::textcharset(const UnitRead &ur)
+{
+    std::string una, unb;
+    unitenvelope(ur, una, unb);
+    std::string id = envelopevalues(una, unb, "").syntaxid;
+    Charset declared = charsetofsyntax(id);
+    Charset used = detectcharset(ur.text, declared);
+    if (used != declared && ur.unit.interchange != utf8noted_) {
+        utf8noted_ = ur.unit.interchange;
+        std::string note = describeunit(ur.unit) + ": the syntax identifier " +
+                           (id.empty() ? std::string("(none)") : printable(id)) +
+                           " declares a single-byte character set, but the text is UTF-8; "
+                           "its values are read as UTF-8";
+        rep_.add(EDI_FINDING_NOTE, EDI_SEVERITY_WARNING, input_, note);
+        changes_.push_back(note);
+    }
+    return charsetname(used);
+}
+
+void unitenvelope(const UnitRead &ur, std::string &una, std::string &unb)
+{
+    una = ur.unit.una;
+    unb = ur.unit.unb;
+    if (!unb.empty())
+        return;
+    SegmentReader sr(ur.text);
+    Segment s;
+    while (sr.next(s) && s.tag != "UNH") {
+        std::string seg = ur.text.substr(s.begin, s.end - s.begin);
+        if (s.tag == "UNA")
+            una = seg;
+        else if (s.tag == "UNB")
+            unb = seg;
+    }
+}
+
+namespace {
+
+// The messages of `ur` moved to the end of the chain at `*tail`, each
+// interchange led by its `#envelope` node and each functional group by its
+// `#group` node; `interchange` and `group` say what the chain's end is in.
+void appendwithenvelope(UnitRead &ur, datatree_t **&tail, int &interchange, std::string &group)
+{
+    datatree_t *m = ur.tree->child;  // first out: the chain may end in this root
+    ur.tree->child = nullptr;
+    std::string una, unb;
+    unitenvelope(ur, una, unb);
+    if (ur.unit.interchange != interchange && !unb.empty()) {
+        *tail = envelopenode(una, unb, ur.charset);
+        tail = &(*tail)->next;
+        group.clear();
+    }
+    interchange = ur.unit.interchange;
+    size_t i = 0;
+    while (m != nullptr) {
+        datatree_t *after = m->next;
+        m->next = nullptr;
+        const std::string &g = i < ur.unit.groups.size() ? ur.unit.groups[i] : group;
+        if (g != group && !g.empty()) {
+            *tail = groupnode(una, g);
+            tail = &(*tail)->next;
+        }
+        group = g;
+        *tail = m;
+        tail = &m->next;
+        m = after;
+        i++;
+    }
+}
+
+}  // namespace
 
 ReadResult readedifactinput(const Module &mod, const Settings &opt,
                             const std::vector<datatree_t *> &configs, const std::string &input,
@@ -386,23 +469,23 @@ ReadResult readedifactinput(const Module &mod, const Settings &opt,
     EdifactReading reading(mod, opt, configs, input, std::move(bytes), rep);
     datatree_t *combined = nullptr;
     datatree_t **tail = nullptr;
+    int interchange = 0;
+    std::string group;
     size_t units = 0;
     UnitRead ur;
     while (reading.next(ur)) {
         units++;
         if (!ur.key.empty())
             res.keys.push_back(ur.key);
+        // The messages go under the first root, in file order.
+        datatree_t *root = ur.tree;
         if (combined == nullptr) {
-            combined = ur.tree;
-        } else {
-            // The messages go under the first root, in file order.
-            *tail = ur.tree->child;
-            ur.tree->child = nullptr;
-            freedatatree(ur.tree);
+            combined = root;
+            tail = &combined->child;
         }
-        tail = &combined->child;
-        while (*tail != nullptr)
-            tail = &(*tail)->next;
+        appendwithenvelope(ur, tail, interchange, group);
+        if (root != combined)
+            freedatatree(root);
     }
     res.changes = reading.changes();
     if (reading.failed()) {
@@ -410,8 +493,9 @@ ReadResult readedifactinput(const Module &mod, const Settings &opt,
             freedatatree(combined);
         return res;
     }
-    if (combined != nullptr && units > 1) {
-        renumbermessages(combined);
+    if (combined != nullptr) {
+        if (units > 1)
+            renumbermessages(combined);
         setparents(combined, 0);
     }
     res.tree = combined;

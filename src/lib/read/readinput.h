@@ -29,7 +29,12 @@ struct UnitRead {
     Unit unit;
     std::string text;            // the working copy the module read
     std::string key;             // the service configuration key, if any
+    std::string charset;         // the set its text is in ("ISO-8859-1", "UTF-8", ...)
 };
+
+// The UNA ("" when none) and UNB a working copy's messages came in: those
+// of the file's envelope, or for a raw read those of the copy itself.
+void unitenvelope(const UnitRead &ur, std::string &una, std::string &unb);
 
 class Generated;
 
@@ -58,6 +63,11 @@ public:
 
 private:
     bool prepare(std::string bytes);
+    // The set the copy's text is in: the one its syntax identifier declares,
+    // or UTF-8 where that is a single-byte set but the text is UTF-8 (noted
+    // once per interchange).
+    std::string textcharset(const UnitRead &ur);
+    int utf8noted_ = 0;
     const Module &mod_;
     Settings opt_;
     std::vector<datatree_t *> configs_;

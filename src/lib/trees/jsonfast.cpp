@@ -59,9 +59,9 @@ struct Reader {
         throw Decline{};
     }
 
-    // A string as bytes (U+0000 to U+00FF, the node texts' range).  A NUL,
-    // a character above U+00FF, raw control characters and malformed
-    // UTF-8 are declined.
+    // A string as UTF-8 of U+0001 to U+00FF (wider text goes the slow
+    // way).  A NUL, raw control characters and malformed UTF-8 are
+    // declined.
     std::string &str()
     {
         static std::string out;
@@ -78,10 +78,11 @@ struct Reader {
             unsigned char c = static_cast<unsigned char>(*p++);
             if (c == '"')
                 return out;
-            if (c == 0xC2 || c == 0xC3) {
+            if (c == 0xC2 || c == 0xC3) {  // U+0080 to U+00FF, kept as UTF-8
                 if (p == end || (static_cast<unsigned char>(*p) & 0xC0) != 0x80)
                     throw Decline{};
-                out += static_cast<char>(((c & 0x1F) << 6) | (*p++ & 0x3F));
+                out += static_cast<char>(c);
+                out += *p++;
                 continue;
             }
             if (c != '\\' || p == end)
@@ -100,7 +101,12 @@ struct Reader {
             cp |= hex();
             if (cp == 0 || cp > 0xFF)
                 throw Decline{};
-            out += static_cast<char>(cp);
+            if (cp < 0x80) {
+                out += static_cast<char>(cp);
+            } else {
+                out += static_cast<char>(0xC0 | (cp >> 6));
+                out += static_cast<char>(0x80 | (cp & 0x3F));
+            }
         }
     }
 
@@ -169,9 +175,16 @@ struct Reader {
     {
         if (depth > kFastDepth)
             throw Decline{};
-        expect('{');
         datatree_t *tp = edihost::newnode();
         *slot = tp;
+        if (take('[')) {  // the compact form's ["NAME", "VALUE"]
+            tp->xmltag = dup(str());
+            expect(',');
+            tp->data = dup(str());
+            expect(']');
+            return;
+        }
+        expect('{');
         uint64_t seen = 0;
         do {
             const std::string &key = str();

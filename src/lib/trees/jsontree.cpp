@@ -1,4 +1,5 @@
 #include "trees/jsontree.h"
+#include "trees/jsoncharset.h"
 
 #include "findings/report.h"
 
@@ -21,25 +22,17 @@ namespace {
 // Deeper documents are refused: the conversion recurses once per level.
 constexpr int kMaxDepth = 10000;
 
-// Each byte becomes the character of the same number.
+// A node text as UTF-8, decoded by the character set of its interchange.
 std::string bytestoutf8(const char *s)
 {
-    std::string out;
-    for (const unsigned char *cp = reinterpret_cast<const unsigned char *>(s); *cp; cp++) {
-        if (*cp < 0x80) {
-            out += static_cast<char>(*cp);
-        } else {
-            out += static_cast<char>(0xC0 | (*cp >> 6));
-            out += static_cast<char>(0x80 | (*cp & 0x3F));
-        }
-    }
-    return out;
+    return jsontext(s);
 }
 
 json nodetojson(const datatree_t *tp, int depth)
 {
     if (depth > kMaxDepth)
         throw std::runtime_error("tree deeper than 10000 levels");
+    jsonenvelope(tp);
     json j;
     j["name"] = bytestoutf8(tp->xmltag);
     // The fields in the order and with the words of the tree text format;
@@ -84,21 +77,11 @@ char *utf8tobytes(const json &j, const char *field)
 {
     if (!j.is_string())
         throw Error(std::string("\"") + field + "\" is not a string");
-    const std::string &s = j.get_ref<const std::string &>();
-    std::string out;
-    for (size_t i = 0; i < s.size(); i++) {
-        unsigned char c = static_cast<unsigned char>(s[i]);
-        if (c == 0)
-            throw Error(std::string("\"") + field + "\" holds a NUL character");
-        if (c < 0x80) {
-            out += static_cast<char>(c);
-        } else if ((c == 0xC2 || c == 0xC3) && i + 1 < s.size()) {
-            unsigned char d = static_cast<unsigned char>(s[++i]);
-            out += static_cast<char>(((c & 0x1F) << 6) | (d & 0x3F));
-        } else {
-            throw Error(std::string("\"") + field + "\" holds a character above U+00FF");
-        }
-    }
+    // Kept as UTF-8: encodejsontree gives each text the bytes of its
+    // interchange's character set once the whole tree is read.
+    const std::string &out = j.get_ref<const std::string &>();
+    if (out.find('\0') != std::string::npos)
+        throw Error(std::string("\"") + field + "\" holds a NUL character");
     char *cp = strdup(out.c_str());
     if (cp == nullptr)
         abort();
@@ -153,11 +136,24 @@ datatree_t *jsontonode(const json &j, int depth)
 {
     if (depth > kMaxDepth)
         throw Error("document deeper than 10000 levels");
-    if (!j.is_object())
-        throw Error("a node is not an object");
+    // The compact form writes a node with a name and a value only as the
+    // pair ["NAME", "VALUE"].
+    const bool pair = j.is_array() && j.size() == 2;
+    if (!j.is_object() && !pair)
+        throw Error("a node is not an object or a [name, value] pair");
     auto *tp = static_cast<datatree_t *>(calloc(1, sizeof(datatree_t)));
     if (tp == nullptr)
         abort();
+    if (pair) {
+        try {
+            tp->xmltag = utf8tobytes(j[0], "name");
+            tp->data = utf8tobytes(j[1], "data");
+        } catch (...) {
+            freedatatree(tp);
+            throw;
+        }
+        return tp;
+    }
     try {
         bool named = false;
         for (auto it = j.begin(); it != j.end(); ++it) {
@@ -194,8 +190,24 @@ datatree_t *jsontonode(const json &j, int depth)
 
 }  // namespace
 
-std::string treetojson(const datatree_t *tree, const char *key, const JsonMeta &meta)
+std::string fullnodes(const datatree_t *tree, int indent)
 {
+    if (tree == nullptr || tree->next == nullptr)
+        return tree == nullptr ? "null" : nodetojson(tree, 0).dump(indent, ' ');
+    json arr = json::array();
+    for (const datatree_t *tp = tree; tp != nullptr; tp = tp->next)
+        arr.push_back(nodetojson(tp, 0));
+    return arr.dump(indent, ' ');
+}
+
+std::string jsonquote(const char *text)
+{
+    return json(bytestoutf8(text)).dump();
+}
+
+std::string treetojson(const datatree_t *tree, const char *key, const JsonMeta &meta, int indent)
+{
+    JsonDecoding latin1(Charset::iso8859_1);
     json doc;
     doc["format"] = "ediprot-tree";
     doc["version"] = 1;
@@ -217,10 +229,42 @@ std::string treetojson(const datatree_t *tree, const char *key, const JsonMeta &
             arr.push_back(nodetojson(tp, 0));
         doc["tree"] = std::move(arr);
     }
-    return doc.dump(1, ' ') + "\n";
+    return doc.dump(indent, ' ') + "\n";
+}
+
+namespace {
+datatree_t *parsejson(std::string_view text, const std::string &name, Report &rep);
+
+// The set a one-message document (edi_message_json, a line of NDJSON)
+// names in its envelope; ISO 8859-1 for every other document.
+Charset documentcharset(std::string_view text)
+{
+    if (text.find("\"envelope\"") == std::string_view::npos)
+        return Charset::iso8859_1;
+    json doc = json::parse(text.begin(), text.end(), nullptr, false);
+    if (!doc.is_object() || !doc.contains("envelope") || !doc["envelope"].is_object())
+        return Charset::iso8859_1;
+    const json &env = doc["envelope"];
+    if (!env.contains("charset") || !env["charset"].is_string())
+        return Charset::iso8859_1;
+    Charset cs = charsetnamed(env["charset"].get<std::string>());
+    return cs == Charset::unknown ? Charset::iso8859_1 : cs;
+}
 }
 
 datatree_t *jsontotree(std::string_view text, const std::string &name, Report &rep)
+{
+    datatree_t *tree = parsejson(text, name, rep);
+    if (tree != nullptr && !encodejsontree(tree, name, rep, documentcharset(text))) {
+        freedatatree(tree);
+        return nullptr;
+    }
+    return tree;
+}
+
+namespace {
+
+datatree_t *parsejson(std::string_view text, const std::string &name, Report &rep)
 {
     if (datatree_t *tree = jsonfast(text))
         return tree;
@@ -257,5 +301,7 @@ datatree_t *jsontotree(std::string_view text, const std::string &name, Report &r
         return nullptr;
     }
 }
+
+}  // namespace
 
 }  // namespace edi

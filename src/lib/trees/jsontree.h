@@ -29,8 +29,17 @@ using JsonMeta = std::vector<std::pair<std::string, std::vector<std::string>>>;
 
 // The document for `tree` (one root, or a chain when tree->next is set):
 // {"format": "ediprot-tree", "version": 1, "key": ..., meta..., "tree": node-or-array}.
-// `key` is left out when NULL.
-std::string treetojson(const datatree_t *tree, const char *key, const JsonMeta &meta = {});
+// `key` is left out when NULL.  `indent` as nlohmann's dump (-1: one line).
+std::string treetojson(const datatree_t *tree, const char *key, const JsonMeta &meta = {},
+                       int indent = 1);
+
+// The full JSON of the node `tree` (an array for a chain) as treetojson
+// writes it under "tree", for documents built around a tree.
+std::string fullnodes(const datatree_t *tree, int indent);
+
+// A node text (name or value) as a JSON string literal, quotes included:
+// the one conversion of texts that every JSON form of a tree shares.
+std::string jsonquote(const char *text);
 
 // Parses a document made by treetojson (or a bare node object / array).
 // On error reports "NAME: reason" and returns NULL.

@@ -3,6 +3,7 @@
 #include <stdio.h>
 #include <string.h>
 
+#include <algorithm>
 #include <string_view>
 #include <unordered_map>
 
@@ -53,16 +54,25 @@ private:
     std::unordered_map<const datatree_t *, Index> byparent_;
 };
 
-// What the writer does to one value, or "" if it writes it as it is.
-std::string change(const char *value, const datatree_t *cf, const char *charset)
+// The module's longest converted value (kTextMax - 1, convert/edinodeconvert.cpp).
+constexpr size_t kResultMax = 8191;
+
+}  // namespace
+
+std::string valuechange(const char *value, const datatree_t *cf, const char *charset, bool &cut,
+                        Above127 above)
 {
+    cut = false;
     size_t length = 0;
     std::string blanked;
     bool dropped = false;
     for (const char *p = value; *p != '\0'; p++) {
         unsigned char c = static_cast<unsigned char>(*p);
         if (c & 0x80) {
-            dropped = true;
+            if (above == Above127::dropped)
+                dropped = true;
+            else if (above == Above127::kept || (c & 0xC0) != 0x80)
+                length++;  // a character (UTF-8: its first byte)
             continue;
         }
         length += servicechar(static_cast<char>(c)) ? 2 : 1;
@@ -72,10 +82,17 @@ std::string change(const char *value, const datatree_t *cf, const char *charset)
     }
     std::string why;
     bool text = cf->editype == et_none || cf->editype == et_string || cf->editype == et_time;
-    int limit = cf->edimaxlen > 0 ? cf->edimaxlen : cf->edilen;
-    if (text && limit > 0 && length > static_cast<size_t>(limit))
+    int given = cf->edimaxlen > 0 ? cf->edimaxlen : cf->edilen;
+    size_t limit = given > 0 ? std::min(static_cast<size_t>(given), kResultMax) : 0;
+    if (text && limit > 0 && length > limit) {
         why = std::to_string(length) + " characters (release characters counted) cut to " +
               std::to_string(limit);
+        cut = true;
+    } else if (text && limit == 0 && length > 0) {
+        why = "written as nothing: the configuration gives the element no length "
+              "(edimaxlen or edilen)";
+        cut = true;
+    }
     if (!blanked.empty()) {
         std::string shown;
         for (char c : blanked) {
@@ -89,8 +106,6 @@ std::string change(const char *value, const datatree_t *cf, const char *charset)
         why += (why.empty() ? "" : "; ") + std::string("bytes above 127 left out");
     return why;
 }
-
-}  // namespace
 
 namespace {
 
@@ -106,8 +121,9 @@ bool istag(const datatree_t *tp)
 struct Walk {
     Children &children;
     const char *charset;
+    Above127 above;
     std::string message;  // "message N, "
-    std::vector<std::string> &lines;
+    std::vector<ValueChange> &lines;
     // The names from the first tag node down to the node walked.
     std::vector<const char *> names;
     std::vector<const datatree_t *> confs;  // per child of the node walked, stacked
@@ -120,9 +136,10 @@ struct Walk {
             confs.push_back(cf);  // NULL: the writer never reaches it
             if (cf == nullptr || c->data == nullptr || c->data[0] == '\0' || c->child != nullptr)
                 continue;
-            std::string why = change(c->data, cf, charset);
+            bool cut = false;
+            std::string why = valuechange(c->data, cf, charset, cut, above);
             if (!why.empty())
-                lines.push_back(message + where(c) + ": " + why);
+                lines.push_back(ValueChange{message + where(c) + ": " + why, cut});
         }
         size_t i = base;
         for (const datatree_t *c = dp->child; c != nullptr; c = c->next, i++) {
@@ -152,12 +169,12 @@ struct Walk {
 
 }  // namespace
 
-std::vector<std::string> valueloss(const datatree_t *first, const datatree_t *last, int number,
-                                   const datatree_t *config, const char *charset)
+std::vector<ValueChange> valueloss(const datatree_t *first, const datatree_t *last, int number,
+                                   const datatree_t *config, const char *charset, Above127 above)
 {
     Children children;
-    std::vector<std::string> lines;
-    Walk walk{children, charset, "", lines, {}, {}};
+    std::vector<ValueChange> lines;
+    Walk walk{children, charset, above, "", lines, {}, {}};
     for (const datatree_t *m = first; m != nullptr; m = m->next, number++) {
         const datatree_t *mconf = m->xmltag != nullptr ? children.find(config, m->xmltag) : nullptr;
         if (mconf != nullptr) {

@@ -22,6 +22,13 @@
 #include "module/module.h"
 #include "trees/valueloss.h"
 #include "trees/renumber.h"
+#include "vda/layout.h"
+#include "write/losses.h"
+#include "trees/envelopenodes.h"
+#include "text/envelopeout.h"
+#include "write/envelopeplan.h"
+#include "write/highbytes.h"
+#include "write/writerepetitions.h"
 
 namespace edi {
 
@@ -41,6 +48,18 @@ bool refusevalue(const char *what, const std::string &v, Report &rep)
                                   "identification without them.");
     f.element = what;
     return true;
+}
+
+// Printable ASCII as itself, control characters and DEL as blanks.
+char *printabletable()
+{
+    static char table[129] = {0};
+    static std::once_flag made;
+    std::call_once(made, [] {
+        for (int c = 0; c < 128; c++)
+            table[c] = c < 0x20 || c == 0x7F ? ' ' : static_cast<char>(c);
+    });
+    return table;
 }
 
 struct Run {
@@ -148,39 +167,106 @@ bool generateconfigs(datatree_t *tree, const Settings &opt, std::vector<datatree
     return true;
 }
 
-// Names the values the writer will cut or change, before it writes them.
-void reportvalueloss(const Module &mod, const Settings &opt, const datatree_t *tree,
-                     const std::vector<Piece> &pieces, Report &rep)
+// The number of each message node among the tree's messages, from 1.
+std::unordered_map<const datatree_t *, int> messagenumbers(const datatree_t *tree)
 {
     std::unordered_map<const datatree_t *, int> number;
     int n = 0;
     for (const datatree_t *m = tree->child; m != nullptr; m = m->next)
         number[m] = ++n;
-    std::vector<std::string> lines;
+    return number;
+}
+
+// Names the values the writer will cut or change, before it writes them;
+// true when a cut fails the write.
+bool reportvalueloss(const Module &mod, const Settings &opt, const datatree_t *tree,
+                     const std::vector<Piece> &pieces, Above127 above, Report &rep)
+{
+    std::unordered_map<const datatree_t *, int> number = messagenumbers(tree);
+    std::vector<ValueChange> lines;
+    const char *table =
+        opt.exact && mod.charsetB != nullptr ? *mod.charsetB : printabletable();
     for (const Piece &p : pieces) {
-        std::vector<std::string> l = valueloss(p.first, p.last, number[p.first], p.config,
-                                               mod.charsetB != nullptr ? *mod.charsetB : nullptr);
+        std::vector<ValueChange> l =
+            valueloss(p.first, p.last, number[p.first], p.config, table, above);
         lines.insert(lines.end(), l.begin(), l.end());
     }
-    if (lines.empty())
+    return reportchanges(lines, Writer::edifact, opt, rep);
+}
+
+// Runs `f` with the tree as the module writes piece `p`: a piece of some
+// messages alone under the root, numbered from 1 as the writer looks its
+// messages up (the links are restored behind); the whole tree as it is.
+template <class F>
+void aspiece(datatree_t *tree, const Piece &p, F f)
+{
+    if (p.last == nullptr) {
+        f();
         return;
-    // Every value is a finding; past the first 20 the edi command shows
-    // only how many more there are.
-    const size_t shown = 20;
-    const std::string &name = opt.name;
-    for (size_t i = 0; i < lines.size(); i++) {
-        Finding &f = rep.add(EDI_FINDING_CHANGED, EDI_SEVERITY_WARNING, name, lines[i]);
-        f.verbose = i >= shown ? Finding::detail : 0;
     }
-    if (lines.size() > shown)
-        rep.add(EDI_FINDING_NOTE, EDI_SEVERITY_WARNING, name,
-                "... and " + std::to_string(lines.size() - shown) + " more")
-            .verbose = Finding::summary;
-    rep.add(EDI_FINDING_CHANGED, EDI_SEVERITY_WARNING, name,
-            std::to_string(lines.size()) + " value" + (lines.size() == 1 ? " is" : "s are") +
-                " written other than the tree holds them: the configuration's lengths and the "
-                "interchange's character set (UNOB) rule what the writer writes; change the "
-                "values in the tree, or give a configuration with longer elements.");
+    datatree_t *children = tree->child;
+    datatree_t *after = p.last->next;
+    p.last->next = nullptr;
+    tree->child = p.first;
+    int n = 0;
+    for (datatree_t *tp = p.first; tp != nullptr; tp = tp->next)
+        tp->loopcnt = ++n;
+    f();
+    p.last->next = after;
+    tree->child = children;
+}
+
+// Names the values of the tree that no piece's configuration has a place
+// for (the writer would pass them over without a word); true when they
+// fail the write.
+bool reportunwritten(const Settings &opt, datatree_t *tree, const std::vector<Piece> &pieces,
+                     Report &rep)
+{
+    std::unordered_map<const datatree_t *, int> number = messagenumbers(tree);
+    std::vector<Unwritten> lost;
+    std::string hint;
+    bool ownread = false;
+    for (const Piece &p : pieces) {
+        aspiece(tree, p, [&] {
+            std::vector<Unwritten> l = leftout(tree, p.config, Writer::edifact);
+            lost.insert(lost.end(), std::make_move_iterator(l.begin()),
+                        std::make_move_iterator(l.end()));
+            // A message read with a layout taken from itself, written with
+            // a layout of a directory.
+            for (const datatree_t *m = tree->child; m != nullptr && !l.empty(); m = m->next) {
+                const datatree_t *cm = p.config->child;
+                while (cm != nullptr && (cm->xmltag == nullptr || m->xmltag == nullptr ||
+                                         strcmp(cm->xmltag, m->xmltag) != 0))
+                    cm = cm->next;
+                ownread = ownread || (ownlayout(m) && (cm == nullptr || !ownlayout(cm)));
+            }
+        });
+        if (hint.empty())
+            hint = roothint(tree, p.config);
+    }
+    // --message over a UNH that names another directory.
+    for (const datatree_t *m = tree->child; m != nullptr && !lost.empty() && !opt.message.empty();
+         m = m->next) {
+        std::string err, read = messageid(m, "", err), written = messageid(m, opt.message, err);
+        if (read.empty() || written.empty() || read == written)
+            continue;
+        hint += std::string(hint.empty() ? "" : " ") + "The UNH of message " +
+                std::to_string(number[m]) + " names " + read + ", and --message writes it as " +
+                written + ".";
+        break;
+    }
+    if (ownread)
+        hint += std::string(hint.empty() ? "" : " ") +
+                "The tree was read with a layout taken from the message itself (elements named "
+                "by position: UNH01, BGM01, ...); written without --message and --config it "
+                "keeps that layout.";
+    return reportleftout(
+        lost, Writer::edifact, opt,
+        [&number](const datatree_t *m) {
+            auto at = number.find(m);
+            return at != number.end() ? at->second : 0;
+        },
+        hint, rep);
 }
 
 // One call of the module; its text, or false after its messages, named by
@@ -199,8 +285,17 @@ bool writeonce(const Module &mod, const Settings &opt, datatree_t *tree, datatre
                                 opt.recipient.c_str() + opt.recipient.size() + 1);
     int rc = -1;
     std::vector<std::string> lines = inmodule(opt.trace, opt.trace < 0, [&] {
+        // The module's table blanks printable characters outside level B
+        // ('@', '_', '[', ...); the library writes what the tree holds and
+        // leaves the check of the declared level to validation.  Control
+        // characters stay blanked.  The table is the module's again behind.
+        char *own = mod.charsetB != nullptr ? *mod.charsetB : nullptr;
+        if (own != nullptr && !opt.exact)
+            *mod.charsetB = printabletable();
         rc = mod.edifactwrite(tree, out.data(), nullptr, nullptr, config, sender.data(),
                               recipient.data(), opt.test);
+        if (own != nullptr)
+            *mod.charsetB = own;
     });
     const std::string &name = opt.name;
     rep.module(name, lines);
@@ -211,41 +306,33 @@ bool writeonce(const Module &mod, const Settings &opt, datatree_t *tree, datatre
     return readwhole(scratch.file, text, rep);
 }
 
-}  // namespace
-
-WriteStatus writeedifact(const Module &mod, const Settings &opt, datatree_t *tree,
-                         std::vector<datatree_t *> configs, std::string &result, Report &rep)
+// True if the interchange is written in UTF-8: its syntax identifier
+// (the option's, else the envelope's) is UNOW or UNOY, or the tree's text
+// was read as UTF-8.
+bool utf8output(const Settings &opt, const datatree_t *env)
 {
-    auto release = [&configs] {
-        for (datatree_t *c : configs)
-            freedatatree(c);
-    };
-    if (refusevalue("sender", opt.sender, rep) || refusevalue("recipient", opt.recipient, rep) ||
-        refusevalue("reference", opt.reference, rep)) {
-        release();
-        return write_refused;
+    std::string id = opt.syntax.substr(0, opt.syntax.find(':'));
+    if (id.empty()) {
+        SegmentValues unb = env != nullptr ? unbvalues(env) : SegmentValues{};
+        id = !unb.empty() && !unb[0].empty() ? unb[0][0] : "";
+        if (opt.syntax.empty() && charsetof(env) == "UTF-8")
+            return true;
     }
+    return id == "UNOW" || id == "UNOY";
+}
+
+// One interchange: the messages under `tree` (no envelope nodes among
+// them), `env` its `#envelope` node or NULL, `groups` its functional groups.
+// Configurations generated on the way are added to `configs`.
+// `modopt` names the partners to the module.
+WriteStatus writeinterchange(const Module &mod, const Settings &opt, const Settings &modopt,
+                             datatree_t *tree,
+                             std::vector<datatree_t *> &configs, const datatree_t *env,
+                             const std::vector<GroupSpan> &groups, std::string &result,
+                             Report &rep)
+{
     std::vector<Piece> pieces;
-    if (tree == nullptr || tree->child == nullptr) {
-        rep.fail(opt.name, "the tree holds no message");
-        release();
-        return write_failed;
-    }
-    // An interchange header names both partners; without one the partner's
-    // translator refuses the whole interchange.
-    for (const auto &[what, value] : {std::pair<const char *, const std::string &>{"sender", opt.sender},
-                                      {"recipient", opt.recipient}}) {
-        if (value.empty()) {
-            rep.fail("", std::string("the ") + what +
-                             " is empty; the interchange header needs the identification of "
-                             "both partners.")
-                .element = what;
-            release();
-            return write_refused;
-        }
-    }
     if (configs.empty() && !generateconfigs(tree, opt, configs, pieces, rep)) {
-        release();
         return write_failed;
     }
 
@@ -256,10 +343,16 @@ WriteStatus writeedifact(const Module &mod, const Settings &opt, datatree_t *tre
     if (pieces.empty() && configs.size() == 1) {
         for (const Run &r : messageruns(tree)) {
             if (!describes(configs[0], r.name)) {
-                rep.fail(opt.name, "the tree holds " + r.name +
-                                       ", which the configuration does not describe, so it "
-                                       "would be left out; give its outbound configuration "
-                                       "with one more --config.");
+                const std::string what = "the tree holds " + r.name +
+                                         ", which the configuration does not describe, so it ";
+                if (opt.keepgoing) {
+                    rep.add(EDI_FINDING_LEFT_OUT, EDI_SEVERITY_WARNING, opt.name,
+                            what + "is left out (--keep-going).");
+                    continue;
+                }
+                rep.fail(opt.name, what + "would be left out; give its outbound configuration "
+                                          "with one more --config, or --keep-going to write "
+                                          "the interchange without it.");
                 ok = false;
             }
         }
@@ -290,37 +383,40 @@ WriteStatus writeedifact(const Module &mod, const Settings &opt, datatree_t *tre
             for (datatree_t *m = p.first; m != nullptr; m = m == p.last ? nullptr : m->next)
                 renumbermessage(p.config, m);
     }
-    if (ok)
-        reportvalueloss(mod, opt, tree, pieces, rep);
-    if (ok && pieces.size() == 1 && pieces[0].last == nullptr) {
-        std::string text;
-        ok = writeonce(mod, opt, tree, pieces[0].config, text, rep);
-        texts.push_back(text);
-    } else if (ok) {
-        datatree_t *children = tree->child;
-        for (const Piece &p : pieces) {
-            // The piece alone under the root, numbered from 1 as the writer
-            // looks its messages up; the links are restored behind.
-            datatree_t *after = p.last->next;
-            p.last->next = nullptr;
-            tree->child = p.first;
-            int n = 0;
-            for (datatree_t *tp = p.first; tp != nullptr; tp = tp->next)
-                tp->loopcnt = ++n;
-            std::string text;
-            ok = writeonce(mod, opt, tree, p.config, text, rep);
-            p.last->next = after;
-            tree->child = children;
-            texts.push_back(text);
-            if (!ok)
-                break;
-        }
+    // Nothing is lost without a word: values without a place and values
+    // cut fail the write, unless the caller accepts the loss.
+    if (ok) {
+        const bool lost = reportunwritten(opt, tree, pieces, rep);
+        const Above127 above = opt.exact           ? Above127::dropped
+                               : utf8output(opt, env) ? Above127::utf8
+                                                      : Above127::kept;
+        const bool cut = reportvalueloss(mod, opt, tree, pieces, above, rep);
+        ok = !lost && !cut;
     }
-    release();
+    for (size_t i = 0; ok && i < pieces.size(); i++) {
+        const Piece &p = pieces[i];
+        std::string text;
+        aspiece(tree, p, [&] {
+            if (opt.exact) {
+                ok = writeonce(mod, modopt, tree, p.config, text, rep);
+                return;
+            }
+            HighBytes high(tree->child, nullptr, p.config, utf8output(opt, env));
+            ok = writeonce(mod, modopt, tree, p.config, text, rep);
+            if (ok && high.any())
+                text = HighBytes::restore(text);
+        });
+        texts.push_back(text);
+    }
     if (!ok)
         return write_failed;
     std::string text = texts.size() == 1 ? texts[0] : joininterchanges(texts);
     if (!opt.exact) {
+        EnvelopePlan plan;
+        if (!planenvelope(text, env, groups, opt, plan, rep))
+            return write_failed;
+        text = setenvelope(text, plan.out);
+        text = joinwritten(text, pieces, opt, rep);
         size_t shortened = 0;
         text = minimalform(text, shortened);
         if (shortened > 0)
@@ -328,19 +424,151 @@ WriteStatus writeedifact(const Module &mod, const Settings &opt, datatree_t *tre
                                        (shortened == 1 ? "" : "s") +
                                        " without trailing empty elements or components");
         std::vector<std::string> changes;
-        text = fixcounts(text, opt.reference.empty() ? newreference() : opt.reference, changes);
+        text = fixcounts(text, plan.reference, changes);
         for (const std::string &c : changes)
             rep.change(opt.output, c);
-        // The usual convention for reproducible output: a fixed time of
-        // writing from the environment.
-        const char *epoch = getenv("SOURCE_DATE_EPOCH");
-        char *end = nullptr;
-        long long when = epoch != nullptr ? strtoll(epoch, &end, 10) : -1;
-        if (epoch != nullptr && *epoch != '\0' && *end == '\0' && when >= 0)
-            text = setdate(text, static_cast<time_t>(when));
+        text = reseparate(text, plan.una, plan.keepuna);
     }
     result = std::move(text);
     return write_ok;
+}
+
+// The root's children cut into interchanges: each `#envelope` node begins
+// one, each `#group` node a functional group; messages before the first
+// envelope node belong to the first interchange.
+struct Interchange {
+    const datatree_t *env = nullptr;
+    std::vector<datatree_t *> messages;
+    std::vector<GroupSpan> groups;
+};
+
+std::vector<Interchange> interchangesof(datatree_t *root)
+{
+    std::vector<Interchange> out(1);
+    bool ingroup = false;
+    for (datatree_t *tp = root->child; tp != nullptr; tp = tp->next) {
+        if (!isenvelopenode(tp)) {
+            Interchange &ic = out.back();
+            if (ingroup)
+                ic.groups.back().last = ic.messages.size();
+            ic.messages.push_back(tp);
+            continue;
+        }
+        if (strcmp(tp->xmltag, envelopenodename) == 0) {
+            if (out.back().env != nullptr || !out.back().messages.empty())
+                out.emplace_back();
+            out.back().env = tp;
+            ingroup = false;
+        } else if (strcmp(tp->xmltag, groupnodename) == 0) {
+            Interchange &ic = out.back();
+            ic.groups.push_back(GroupSpan{tp, ic.messages.size(), ic.messages.size()});
+            ingroup = true;
+        }
+    }
+    for (Interchange &ic : out) {
+        // A group node with no message behind it frames nothing.
+        std::vector<GroupSpan> kept;
+        for (const GroupSpan &g : ic.groups)
+            if (g.first < ic.messages.size() && g.last >= g.first)
+                kept.push_back(g);
+        ic.groups = kept;
+    }
+    return out;
+}
+
+// The identification the module writes into its own header: the option's,
+// else the envelope's (the header is replaced behind it unless the output
+// is to stay as the module wrote it).
+std::string partnerid(const std::string &option, const datatree_t *env, size_t element)
+{
+    if (!option.empty())
+        return partnerof(option)[0];
+    SegmentValues unb = env != nullptr ? unbvalues(env) : SegmentValues{};
+    return element < unb.size() && !unb[element].empty() ? unb[element][0] : "";
+}
+
+}  // namespace
+
+WriteStatus writeedifact(const Module &mod, const Settings &opt, datatree_t *tree,
+                         std::vector<datatree_t *> configs, std::string &result, Report &rep)
+{
+    auto release = [&configs] {
+        for (datatree_t *c : configs)
+            freedatatree(c);
+    };
+    if (refusevalue("reference", opt.reference, rep)) {
+        release();
+        return write_refused;
+    }
+    for (const auto &[what, value] : {std::pair<const char *, const std::string &>{"sender", opt.sender},
+                                      {"recipient", opt.recipient}})
+        for (const std::string &part : partnerof(value))
+            if (refusevalue(what, part, rep)) {
+                release();
+                return write_refused;
+            }
+    std::vector<Interchange> ics;
+    if (tree != nullptr)
+        ics = interchangesof(tree);
+    if (tree == nullptr || ics.back().messages.empty()) {
+        rep.fail(opt.name, "the tree holds no message");
+        release();
+        return write_failed;
+    }
+    // A VDA tree would be written as segments named after its records.
+    if (const VdaFamily *family = familyoftree(tree)) {
+        rep.fail(opt.name, std::string("the tree holds VDA records (") + family->name +
+                               ", nodes $S511 to $S519 or $S711 to $S719), so it is no EDIFACT "
+                               "tree; a VDA tree is written with edi vda-write.");
+        release();
+        return write_failed;
+    }
+    // An interchange header names both partners; without one the partner's
+    // translator refuses the whole interchange.
+    Settings inner = opt;
+    for (const Interchange &ic : ics) {
+        inner.sender = partnerid(opt.sender, ic.env, 1);
+        inner.recipient = partnerid(opt.recipient, ic.env, 2);
+        for (const auto &[what, value] : {std::pair<const char *, const std::string &>{"sender", inner.sender},
+                                          {"recipient", inner.recipient}}) {
+            if (value.empty()) {
+                rep.fail("", std::string("the ") + what +
+                                 " is empty; the interchange header needs the identification of "
+                                 "both partners.")
+                    .element = what;
+                release();
+                return write_refused;
+            }
+        }
+    }
+
+    // Each interchange is written on its own, its messages alone under the
+    // root; the root's chain is linked back as it was behind.
+    datatree_t *children = tree->child;
+    std::vector<datatree_t *> links;
+    for (datatree_t *tp = children; tp != nullptr; tp = tp->next)
+        links.push_back(tp);
+    WriteStatus status = write_ok;
+    result.clear();
+    for (const Interchange &ic : ics) {
+        if (ic.messages.empty())
+            continue;
+        for (size_t i = 0; i < ic.messages.size(); i++)
+            ic.messages[i]->next = i + 1 < ic.messages.size() ? ic.messages[i + 1] : nullptr;
+        tree->child = ic.messages[0];
+        inner.sender = partnerid(opt.sender, ic.env, 1);
+        inner.recipient = partnerid(opt.recipient, ic.env, 2);
+        std::string text;
+        status = writeinterchange(mod, opt, inner, tree, configs, ic.env, ic.groups, text, rep);
+        if (status != write_ok)
+            break;
+        result += text;
+    }
+    for (size_t i = 0; i < links.size(); i++)
+        links[i]->next = i + 1 < links.size() ? links[i + 1] : nullptr;
+    tree->child = children;
+    release();
+    return status;
 }
 
 }  // namespace edi

@@ -14,6 +14,7 @@
 #include "module/capture.h"
 #include "vda/layout.h"
 #include "vda/place.h"
+#include "write/losses.h"
 #include "write/writeedifact.h"
 
 namespace edi {
@@ -148,6 +149,9 @@ WriteStatus writevda(const Module &mod, const Settings &opt, datatree_t *tree,
     std::string version;
     if (family != nullptr)
         droptrailers(tree, std::string("$S") + family->trailer, version);
+    // The placement below keeps the records alone: a value outside any
+    // record has no place in the file.
+    std::vector<Unwritten> lost = outside(tree, isrecordnode);
     // The records where this configuration has them, whatever layout the
     // tree was made with; a record it has no place for fails the write.
     std::vector<std::string> unplaced;
@@ -156,11 +160,34 @@ WriteStatus writevda(const Module &mod, const Settings &opt, datatree_t *tree,
         std::string list;
         for (const std::string &u : unplaced)
             list += (list.empty() ? "" : ", ") + u;
-        rep.fail(opt.name, std::to_string(unplaced.size()) + " record" +
-                               (unplaced.size() == 1 ? "" : "s") + " of the tree (" + list +
-                               ") the configuration has no place for, so they would not be "
-                               "written; give the configuration the tree was made with.");
-        return write_failed;
+        std::string what = std::to_string(unplaced.size()) + " record" +
+                           (unplaced.size() == 1 ? "" : "s") + " of the tree (" + list +
+                           ") the configuration has no place for, so they ";
+        if (!opt.keepgoing) {
+            rep.fail(opt.name, what + "would not be written; give the configuration the tree "
+                                      "was made with, or --keep-going to write the file "
+                                      "without them.");
+            return write_failed;
+        }
+        rep.add(EDI_FINDING_LEFT_OUT, EDI_SEVERITY_WARNING, opt.name,
+                what + "are not written (--keep-going).");
+    }
+    // Nothing is lost without a word: the values the writer would pass
+    // over, and those it would cut, fail the write unless the caller
+    // accepts the loss.  The whole tree is walked as the writer walks each
+    // transmission: the placement numbered them as it counts them.
+    {
+        std::vector<Unwritten> l = leftout(tree, config, Writer::vda);
+        lost.insert(lost.end(), std::make_move_iterator(l.begin()),
+                    std::make_move_iterator(l.end()));
+        const bool failed = reportleftout(
+            lost, Writer::vda, opt, [](const datatree_t *) { return 0; },
+            roothint(tree, config), rep);
+        const bool cut = reportchanges(
+            vdachanges(tree, config, mod.charsetB != nullptr ? *mod.charsetB : nullptr),
+            Writer::vda, opt, rep);
+        if (failed || cut)
+            return write_failed;
     }
     // The transmissions: instances of the configuration's top loop that
     // holds the header record (511, 711).  Other trees are written whole.

@@ -1,0 +1,68 @@
+#include "ndjson.h"
+
+#include <stdio.h>
+#include <string.h>
+
+#include <vector>
+
+#include "commands.h"
+#include "edi.h"
+
+namespace edi {
+
+Exit readndjson(const Options &opt, const std::string &input, const std::string &out)
+{
+    std::vector<const char *> configs;
+    for (const std::string &c : opt.configs)
+        configs.push_back(c.c_str());
+    edi_options o;
+    edi_options_init(&o);
+    o.raw = opt.raw;
+    o.keep_going = opt.keepgoing;
+    o.trace = opt.trace;
+    o.servconf = opt.servconf.empty() ? nullptr : opt.servconf.c_str();
+    o.max_findings = opt.maxerrors;
+    o.configs = configs.data();
+    o.nconfigs = configs.size();
+    o.validate = opt.validate;
+    const bool streaming = out.empty() || out == "-";
+    const int form = (opt.full ? EDI_FORM_FULL : EDI_FORM_COMPACT) | EDI_FORM_ONE_LINE;
+    edi_reader *r = edi_open_path(input.c_str(), &o);
+    if (r == nullptr) {
+        fprintf(stderr, "edi: %s: out of memory\n", input.c_str());
+        return exit_failed;
+    }
+    std::string kept;  // the lines for a file, saved whole at the end
+    size_t shown = 0;
+    auto findings = [&] {
+        for (; shown < edi_reader_finding_count(r); shown++)
+            printfinding(edi_reader_finding(r, shown), opt.verbose, stderr);
+    };
+    edi_message *m = nullptr;
+    int rc;
+    while ((rc = edi_next(r, &m)) == 1) {
+        char *line = edi_message_json(m, form);
+        if (line != nullptr && streaming) {
+            fputs(line, stdout);
+            fflush(stdout);
+        } else if (line != nullptr) {
+            kept += line;
+        }
+        edi_free(line);
+        edi_message_free(m);
+        findings();
+    }
+    findings();
+    edi_close(r);
+    Exit status = rc < 0 ? exit_failed : exit_ok;
+    if (!streaming && status == exit_ok) {
+        edi_result *saved = edi_save(out.c_str(), kept.data(), kept.size());
+        printfindings(saved, opt.verbose, stderr);
+        if (edi_result_status(saved) != 0)
+            status = exit_failed;
+        edi_result_free(saved);
+    }
+    return status;
+}
+
+}  // namespace edi
