@@ -32,7 +32,8 @@ Exit readndjson(const Options &opt, const std::string &input, const std::string 
         fprintf(stderr, "edi: %s: out of memory\n", input.c_str());
         return exit_failed;
     }
-    std::string kept;  // the lines for a file, saved whole at the end
+    // A file takes its place only when whole; lines go to it as they come.
+    edi_output *file = streaming ? nullptr : edi_output_open(out.c_str());
     size_t shown = 0;
     auto findings = [&] {
         for (; shown < edi_reader_finding_count(r); shown++)
@@ -46,7 +47,7 @@ Exit readndjson(const Options &opt, const std::string &input, const std::string 
             fputs(line, stdout);
             fflush(stdout);
         } else if (line != nullptr) {
-            kept += line;
+            edi_output_write(file, line, strlen(line));
         }
         edi_free(line);
         edi_message_free(m);
@@ -55,8 +56,8 @@ Exit readndjson(const Options &opt, const std::string &input, const std::string 
     findings();
     edi_close(r);
     Exit status = rc < 0 ? exit_failed : exit_ok;
-    if (!streaming && status == exit_ok) {
-        edi_result *saved = edi_save(out.c_str(), kept.data(), kept.size());
+    if (!streaming) {
+        edi_result *saved = edi_output_close(file, status == exit_ok);
         printfindings(saved, opt.verbose, stderr);
         if (edi_result_status(saved) != 0)
             status = exit_failed;

@@ -216,6 +216,22 @@ EDI_API int edi_result_save(edi_result *res, const char *path);
  * does; the result's status and findings tell how it went. */
 EDI_API edi_result *edi_save(const char *path, const void *data, size_t len);
 
+/* A file written piece by piece that takes the place of `path` only when
+ * whole: the pieces go to a temporary file beside it, which
+ * edi_output_close renames over `path` when `keep` is 1 and removes
+ * otherwise, so that a failed or abandoned output never stands where a
+ * good one is expected.  "-" or NULL writes to standard output as the
+ * pieces come.  Never NULL but out of memory. */
+typedef struct edi_output edi_output;
+EDI_API edi_output *edi_output_open(const char *path);
+/* Appends `len` bytes: 0, or -1 once the output failed (the close's
+ * findings say why). */
+EDI_API int edi_output_write(edi_output *o, const void *data, size_t len);
+/* Closes and releases `o`; the result's status is 0 when the output was
+ * written whole (and, with `keep`, put in place), 1 with a failure finding
+ * naming the path otherwise. */
+EDI_API edi_result *edi_output_close(edi_output *o, int keep);
+
 /* ---- reading message by message ------------------------------------ */
 
 typedef struct edi_reader edi_reader;

@@ -54,6 +54,8 @@ struct edi_reader {
     datatree_t *pending = nullptr;  // message nodes of `unit` not yet given
     int count = 0;                  // messages given
     int lastnumber = 0;             // the number of the last one
+    std::string runname;            // message type of the run given last
+    int runcount = 0;               // messages of that run so far
     int state = 1;                  // 1 reading, 0 ended, -1 failed
     std::map<int, std::vector<edi::Finding>> validation;  // by message number
     ~edi_reader();

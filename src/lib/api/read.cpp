@@ -72,6 +72,7 @@ edi_reader *openreader(bool ok, std::string bytes, const std::string &name,
         for (const Finding &f : found.items())
             r->validation[f.message].push_back(f);
     }
+    r->settings.permessage = true;
     r->reading = std::make_unique<EdifactReading>(*mod, r->settings, r->configs, name,
                                                   std::move(bytes), r->rep);
     if (r->reading->failed())
@@ -189,6 +190,13 @@ int edi_next(edi_reader *r, edi_message **msg)
         node->next = nullptr;
         node->parent = nullptr;
         m->tree = node;
+        // Messages of one type in a row are numbered 1, 2, ... as a read of
+        // them all in one piece numbers them, whatever working copies they
+        // were read in.
+        const std::string name = node->xmltag != nullptr ? node->xmltag : "";
+        r->runcount = name == r->runname ? r->runcount + 1 : 1;
+        r->runname = name;
+        node->loopcnt = r->runcount;
         const edi::Unit &u = r->unit.unit;
         size_t i = r->nextmessage++;
         // The number in the file: from the envelope's count where the

@@ -49,32 +49,41 @@ void line(std::string &out, int depth, const std::string &text)
 
 std::vector<Unit> splitmessages(const Unit &u)
 {
-    std::vector<Segment> segs = cutsegments(u.text);
-    size_t first = segs.size(), trailer = segs.size();
+    // One pass that keeps only the places of UNH, UNT and UNZ: a unit of a
+    // large interchange is not cut into a list of all its segments.
+    size_t headend = u.text.size(), trailer = u.text.size();
     std::vector<std::pair<size_t, size_t>> msgs;  // byte ranges of UNH ... UNT
     bool open = false;
-    for (size_t i = 0; i < segs.size(); i++) {
-        const std::string &tag = segs[i].tag;
-        if (tag == "UNH") {
+    SegmentReader reader(u.text);
+    for (Segment s; reader.next(s);) {
+        if (s.tag == "UNH") {
             if (open)
                 return {u};
             open = true;
-            first = std::min(first, i);
-            msgs.emplace_back(segs[i].begin, segs[i].end);
-        } else if (tag == "UNT" && open) {
+            headend = std::min(headend, s.begin);
+            msgs.emplace_back(s.begin, s.end);
+        } else if (s.tag == "UNT" && open) {
             open = false;
-            msgs.back().second = segs[i].end;
-        } else if (tag == "UNZ" && !open) {
-            trailer = i;
+            msgs.back().second = s.end;
+        } else if (s.tag == "UNZ" && !open) {
+            trailer = s.begin;
         }
     }
     if (open || msgs.size() < 2)
         return {u};
-    std::string head = u.text.substr(0, segs[first].begin);
-    std::string tail = trailer < segs.size() ? u.text.substr(segs[trailer].begin) : "";
+    std::string head = u.text.substr(0, headend);
+    std::string tail = trailer < u.text.size() ? u.text.substr(trailer) : "";
     std::vector<Unit> out;
+    // Each part is the unit but for its text and groups, which are not
+    // copied whole for every message.
+    Unit base;
+    base.interchange = u.interchange;
+    base.msgtype = u.msgtype;
+    base.ownlayout = u.ownlayout;
+    base.una = u.una;
+    base.unb = u.unb;
     for (size_t m = 0; m < msgs.size(); m++) {
-        Unit one = u;
+        Unit one = base;
         one.text = head + u.text.substr(msgs[m].first, msgs[m].second - msgs[m].first) + tail;
         if (u.firstmsg > 0)
             one.firstmsg = one.lastmsg = u.firstmsg + int(m);

@@ -296,7 +296,25 @@ bool EdifactReading::prepare(std::string bytes)
 bool EdifactReading::next(UnitRead &out)
 {
     while (!failed_ && at_ < units_.size()) {
-        const Unit u = units_[at_++];  // a copy: units may grow behind it
+        // Taken out of the list (which may grow behind it): the memory of a
+        // read stays that of the input and the copy being read.
+        const Unit u = std::move(units_[at_++]);
+        if (opt_.permessage && !u.ownlayout && u.lastmsg > u.firstmsg) {
+            // The character set is told from the whole copy, not from the
+            // message that happens to come first.
+            UnitRead whole;
+            whole.unit = u;
+            whole.text = u.text;
+            textcharset(whole);
+            // Message by message: each message its own working copy, so
+            // that no more than one message's tree is made at a time.
+            std::vector<Unit> parts = splitmessages(u);
+            if (parts.size() > 1) {
+                units_.insert(units_.begin() + static_cast<long>(at_), parts.begin(),
+                              parts.end());
+                continue;
+            }
+        }
         datatree_t *config = configfor(configs_, u.msgtype);
         if (config == nullptr && configs_.size() > 1) {
             rep_.fail(input_, "no configuration given for the message type " + u.msgtype + " (" +
@@ -391,6 +409,9 @@ bool EdifactReading::next(UnitRead &out)
 
 std::string EdifactReading::textcharset(const UnitRead &ur)
 {
+    auto known = charsets_.find(ur.unit.interchange);
+    if (known != charsets_.end())
+        return known->second;
     std::string una, unb;
     unitenvelope(ur, una, unb);
     std::string id = envelopevalues(una, unb, "").syntaxid;
@@ -405,7 +426,7 @@ std::string EdifactReading::textcharset(const UnitRead &ur)
         rep_.add(EDI_FINDING_NOTE, EDI_SEVERITY_WARNING, input_, note);
         changes_.push_back(note);
     }
-    return charsetname(used);
+    return charsets_[ur.unit.interchange] = charsetname(used);
 }
 
 void unitenvelope(const UnitRead &ur, std::string &una, std::string &unb)

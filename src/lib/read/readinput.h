@@ -68,6 +68,7 @@ private:
     // once per interchange).
     std::string textcharset(const UnitRead &ur);
     int utf8noted_ = 0;
+    std::map<int, std::string> charsets_;  // by interchange, once told
     const Module &mod_;
     Settings opt_;
     std::vector<datatree_t *> configs_;
