@@ -138,11 +138,14 @@ std::string checkmessage(const edi_message *m, int last)
 }
 
 // The names of the message nodes of a whole read's tree.
+// The names of a whole read's messages: the root's children but for the
+// envelope nodes (#envelope, #group) in front of them.
 std::vector<std::string> messagenames(const datatree_t *root)
 {
     std::vector<std::string> out;
     for (const datatree_t *t = root->child; t != nullptr; t = t->next)
-        out.push_back(t->xmltag);
+        if (t->xmltag[0] != '#')
+            out.push_back(t->xmltag);
     return out;
 }
 

@@ -11,6 +11,7 @@
 #include "allocator.h"
 #include "batch.h"
 #include "ndjson.h"
+#include "parallelndjson.h"
 #include "edi.h"
 #include "paths.h"
 
@@ -218,6 +219,10 @@ Exit readcommand(const Options &opt)
         return opt.format == "ndjson" ? readndjson(opt, input, out)
                                       : readone(opt, input, out, nullptr);
     };
+    // One interchange on several cores: its messages shared out.
+    if (opt.jobs > 0 && inputs.size() == 1 && opt.format == "ndjson" && inputs[0] != "-" &&
+        !fromfolder)
+        return readndjsonparallel(opt, inputs[0], opt.output);
     if (opt.jobs > 0)
         return readbatch(inputs, opt, one);
     // Several JSON documents on stdout are one array, so that what a

@@ -25,6 +25,8 @@ Exit readndjson(const Options &opt, const std::string &input, const std::string 
     o.configs = configs.data();
     o.nconfigs = configs.size();
     o.validate = opt.validate;
+    o.parts = opt.parts;
+    o.part = opt.part;
     const bool streaming = out.empty() || out == "-";
     const int form = (opt.full ? EDI_FORM_FULL : EDI_FORM_COMPACT) | EDI_FORM_ONE_LINE;
     edi_reader *r = edi_open_path(input.c_str(), &o);

@@ -32,6 +32,7 @@ struct Options {
     bool exact = false;               // --exact: the module's output untouched
     std::string reference;            // --reference REF for UNB and UNZ
     int jobs = 0;                     // -j N: N processes; 0 without -j
+    int parts = 0, part = 0;          // a worker's share of one input's messages
     std::vector<std::string> configs; // every --config given, in order
     std::string message;              // --message TYPE:DIRECTORY (write without --config)
     bool validate = false;            // --validate (read), or the command validate

@@ -132,6 +132,13 @@ typedef struct edi_options {
                                   NULL: as edi_directories_path says */
     size_t max_findings;       /* validation stops collecting after this many
                                   findings of an input; 0: all */
+    /* One worker's share of an input read by several (edi_open_* only):
+       with parts > 1 the reader gives only the messages whose number n in
+       the file has (n - 1) % parts == part, and reads no other; their
+       trees and numbers are those a read of all gives.  Findings about
+       the input as a whole come to every worker.  0 or 1: all messages. */
+    int parts;
+    int part;
 } edi_options;
 
 /* Sets every field to its default: nothing set, trace -1. */

@@ -9,6 +9,7 @@ namespace edi {
 
 struct Settings {
     bool permessage = false;   // each message read as a working copy of its own
+    int parts = 1, part = 0;   // with permessage: only messages n, (n - 1) % parts == part
     bool raw = false;          // the module gets the input untouched
     bool keepgoing = false;    // segments or records left out of a read, values
                                // left out or cut on write, are no failure

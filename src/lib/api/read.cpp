@@ -173,7 +173,12 @@ int edi_next(edi_reader *r, edi_message **msg)
                 r->unit.tree = nullptr;
             }
             r->unitstart = r->rep.items().size();
-            if (!r->reading->next(r->unit)) {
+            bool more = r->reading->next(r->unit);
+            for (const std::string &name : r->reading->takeskipped()) {
+                r->runcount = name == r->runname ? r->runcount + 1 : 1;
+                r->runname = name;
+            }
+            if (!more) {
                 r->state = r->reading->failed() ? -1 : 0;
                 break;
             }

@@ -54,6 +54,11 @@ bool takeoptions(const edi_options *opt, Settings &s, std::vector<datatree_t *> 
     s.trace = opt->trace >= 0 && opt->trace <= 15 ? opt->trace : -1;
     s.servconf = opt->servconf != nullptr ? opt->servconf : "";
     s.directories = opt->directories != nullptr ? opt->directories : "";
+    if (opt->size >= offsetof(edi_options, part) + sizeof opt->part && opt->parts > 1 &&
+        opt->part >= 0 && opt->part < opt->parts) {
+        s.parts = opt->parts;
+        s.part = opt->part;
+    }
     for (size_t i = 0; i < opt->nconfigs && opt->configs != nullptr; i++) {
         datatree_t *c = opt->configs[i] != nullptr ? loadconfig(opt->configs[i], rep) : nullptr;
         if (c == nullptr) {

@@ -315,6 +315,15 @@ bool EdifactReading::next(UnitRead &out)
                 continue;
             }
         }
+        if (opt_.permessage && opt_.parts > 1 && u.firstmsg > 0 && u.lastmsg == u.firstmsg &&
+            (u.firstmsg - 1) % opt_.parts != opt_.part) {
+            // Another worker's message: not read, only its type noted so
+            // that message loops are numbered as a read of all numbers them.
+            skipped_.push_back(u.ownlayout || u.msgtype.empty()
+                                   ? std::string()
+                                   : "*" + u.msgtype.substr(0, u.msgtype.find(':')));
+            continue;
+        }
         datatree_t *config = configfor(configs_, u.msgtype);
         if (config == nullptr && configs_.size() > 1) {
             rep_.fail(input_, "no configuration given for the message type " + u.msgtype + " (" +
@@ -487,7 +496,12 @@ ReadResult readedifactinput(const Module &mod, const Settings &opt,
                             std::string bytes, Report &rep)
 {
     ReadResult res;
-    EdifactReading reading(mod, opt, configs, input, std::move(bytes), rep);
+    // Message by message, as the iterator reads: the same trees and the
+    // same findings whichever way a program reads, and memory for one
+    // message's working copy at a time.
+    Settings each = opt;
+    each.permessage = true;
+    EdifactReading reading(mod, each, configs, input, std::move(bytes), rep);
     datatree_t *combined = nullptr;
     datatree_t **tail = nullptr;
     int interchange = 0;
@@ -496,7 +510,8 @@ ReadResult readedifactinput(const Module &mod, const Settings &opt,
     UnitRead ur;
     while (reading.next(ur)) {
         units++;
-        if (!ur.key.empty())
+        // One key for a run of messages read with it, as for one copy.
+        if (!ur.key.empty() && (res.keys.empty() || res.keys.back() != ur.key))
             res.keys.push_back(ur.key);
         // The messages go under the first root, in file order.
         datatree_t *root = ur.tree;

@@ -60,6 +60,9 @@ public:
     const std::vector<std::string> &changes() const { return changes_; }
     // The messages the envelope counted.
     int messages() const { return messages_; }
+    // The message node names of the messages left to other workers since
+    // the last call ("" where the name is not known before reading).
+    std::vector<std::string> takeskipped() { return std::move(skipped_); }
 
 private:
     bool prepare(std::string bytes);
@@ -69,6 +72,7 @@ private:
     std::string textcharset(const UnitRead &ur);
     int utf8noted_ = 0;
     std::map<int, std::string> charsets_;  // by interchange, once told
+    std::vector<std::string> skipped_;
     const Module &mod_;
     Settings opt_;
     std::vector<datatree_t *> configs_;
