@@ -103,11 +103,12 @@ def _iterate(reader: Any, file: str, found: Optional[List[Finding]] = None) -> I
             t = reader.next()
             if t is None:
                 break
-            env = envelopes.get(t[7])
+            key = (t[7], t[9][2])  # the envelope's values and all its UNG's
+            env = envelopes.get(key)
             if env is None:
                 if len(envelopes) > 64:
                     envelopes.clear()
-                env = envelopes[t[7]] = Envelope(*t[7])
+                env = envelopes[key] = Envelope(*t[7], charset=t[9][0], nodes=t[9][1])
             yield Message(t[0], reference=t[1], type=t[2], version=t[3], release=t[4],
                           number=t[5], segments=t[6], envelope=env, findings=_findings(t[8]))
         if found is not None:
@@ -161,26 +162,39 @@ def messages(source: Source, *, config: PathOrList = None, raw: bool = False,
 
 # ---- outputs -----------------------------------------------------------
 
-def _message_nodes(items: Messages) -> Tuple[List[Node], bool, Optional[Envelope]]:
-    """The message nodes to write, whether one root is written whole, and
-    the first envelope found."""
+def _message_nodes(items: Messages) -> Tuple[List[Node], bool, Optional[Envelope], bool]:
+    """The nodes to write, whether one root is written whole, the first
+    envelope found, and whether the nodes carry the envelopes the messages
+    came in (``#envelope``/``#group`` in front of the messages of each
+    interchange and group, as a read's tree has them)."""
     if isinstance(items, Interchange):
         items = items.messages
     elif isinstance(items, (Message, Node)):
         items = [items]
     nodes: List[Node] = []
     env = None
+    carried = False
+    last: Optional[Envelope] = None
     for it in items:
         if isinstance(it, Node) and isinstance(it.name, str) and it.name[:1] == "#":
             continue  # an envelope node of a read's root, not a message
         if isinstance(it, Message):
             env = env or it.envelope
+            e = it.envelope
+            if e is not None and e is not last and e.nodes:
+                # A new interchange gets its #envelope; a new group of the
+                # same interchange only its #group.
+                same = last is not None and last.interchange == e.interchange
+                nodes.extend(n for n in e.nodes if not (same and n.name == "#envelope"))
+                carried = True
+            last = e
             it = it.tree
         if not isinstance(it, Node):
             raise TypeError("write takes an Interchange, Messages or Nodes, not "
                             + type(it).__name__)
         nodes.append(it)
-    return nodes, len(nodes) == 1 and nodes[0].name == "edi", env
+    whole = len(nodes) == 1 and nodes[0].name == "edi"
+    return nodes, whole, env, carried
 
 
 def _star(n: Node) -> Node:
@@ -235,21 +249,27 @@ def write(messages: Messages, target: Any = None, *, config: PathOrList = None,
     nodes, or an iterable of Messages and Nodes.  target: a path, written
     whole or not at all, or a binary file object.  config: outbound
     configuration file(s); none: generated from each UNH (or `message`,
-    TYPE:DIRECTORY such as ORDERS:D96A).  sender/recipient: UNB
-    identifications, by default those of the first message's envelope;
-    without either, ArgumentError.
+    TYPE:DIRECTORY such as ORDERS:D96A).  Messages that were read go back in
+    the envelope they came in (UNA, every UNB element, their UNG groups;
+    messages of several interchanges as several interchanges);
+    sender/recipient (ID, ID:QUALIFIER or ID:QUALIFIER:ROUTING) set the
+    UNB's over it, and are needed for messages built by hand (else
+    ArgumentError).
     reference: the control reference (default: a new one).  test: mark a
     test interchange.  exact: the module's output untouched (no count,
-    reference or date fixes).  Values are written as Latin-1.
+    reference or date fixes).  Values go back in the character set they
+    were read in; values of nodes made by hand are written as Latin-1.
 
     Raises WriteError (ArgumentError for refused arguments).
     """
-    nodes, whole, env = _message_nodes(messages)
-    if sender is None and env is not None:
+    nodes, whole, env, carried = _message_nodes(messages)
+    # Messages that came in an envelope go back in it; options set what
+    # they name over it.
+    if not carried and sender is None and env is not None:
         sender = env.sender
-    if recipient is None and env is not None:
+    if not carried and recipient is None and env is not None:
         recipient = env.recipient
-    if not sender or not recipient:
+    if not carried and (not sender or not recipient):
         # libedi would write a UNB without them.
         raise ArgumentError("a sender and a recipient are needed (no envelope gives them)",
                             file=name or "tree")
@@ -262,8 +282,8 @@ def write(messages: Messages, target: Any = None, *, config: PathOrList = None,
         "directories": _optpath(directories),
     }
     try:
-        result = _ediprot.write_messages([n if whole else _star(n) for n in nodes], options,
-                                         whole)
+        result = _ediprot.write_messages(
+            [n if whole or n.name[:1] == "#" else _star(n) for n in nodes], options, whole)
     except ValueError as e:
         raise WriteError(str(e), file=name or "tree") from e
     out = _output(result, WriteError, out_name)

@@ -4,7 +4,7 @@ from __future__ import annotations
 
 import dataclasses
 import re
-from typing import Any, Dict, Iterable, Iterator, List, Optional, Sequence, Union
+from typing import Any, Dict, Iterable, Iterator, List, Optional, Sequence, Tuple, Union
 
 from . import _ediprot
 
@@ -338,10 +338,17 @@ class Envelope:
     group_recipient: str
     group_ref: str
     interchange: int
+    #: The character set the values were decoded with (ISO-8859-1, UTF-8, ...).
+    charset: str = ""
+    #: The envelope as the read's nodes: ``#envelope`` (every UNB element)
+    #: and ``#group`` when the message is in a group; write sends them back.
+    nodes: Tuple[Any, ...] = dataclasses.field(default=(), compare=False, repr=False)
 
     def to_dict(self) -> Dict[str, Any]:
-        """The fields as a dict."""
-        return dataclasses.asdict(self)
+        """The fields as a dict (the nodes as plain data)."""
+        d = {f.name: getattr(self, f.name) for f in dataclasses.fields(self) if f.name != "nodes"}
+        d["nodes"] = [n.to_dict() for n in self.nodes]
+        return d
 
 
 class Message:

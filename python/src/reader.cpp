@@ -5,6 +5,22 @@
 
 namespace ediprot_py {
 
+namespace {
+
+// The names and values below `tp`, in order, as one text.
+void flatten(const datatree_t *tp, std::string &out)
+{
+    for (const datatree_t *c = tp != nullptr ? tp->child : nullptr; c != nullptr; c = c->next) {
+        out += c->xmltag != nullptr ? c->xmltag : "";
+        out += '\x1f';
+        out += c->data != nullptr ? c->data : "";
+        out += '\x1e';
+        flatten(c, out);
+    }
+}
+
+}  // namespace
+
 Reader::Reader(edi_reader *r) : r_(r)
 {
     if (r_ == nullptr)
@@ -43,13 +59,30 @@ py::object Reader::next()
             throw py::error_already_set();
         tree = py::reinterpret_steal<py::object>(node);
     }
+    // The envelope as nodes (#envelope, #group), so that a write sends the
+    // partner's envelope back; views into the message's own trees.
+    py::list nodes;
+    for (const datatree_t *e : {env != nullptr ? env->unb_tree : nullptr,
+                                env != nullptr ? env->ung_tree : nullptr}) {
+        if (e == nullptr)
+            continue;
+        PyObject *node = node_of(e, owner);
+        if (node == nullptr)
+            throw py::error_already_set();
+        nodes.append(py::reinterpret_steal<py::object>(node));
+    }
+    // What tells one group from the next: all its UNG values.
+    std::string group;
+    if (env != nullptr)
+        flatten(env->ung_tree, group);
     const char *cs = h->charset.c_str();
     return py::make_tuple(tree, text(edi_message_reference(m), cs), text(edi_message_type(m)),
                           text(edi_message_version(m)), text(edi_message_release(m)),
                           edi_message_number(m), edi_message_segments(m),
                           envelope_tuple(env),
                           findings_of(static_cast<const edi_message *>(m),
-                                      edi_message_finding_count, edi_message_finding));
+                                      edi_message_finding_count, edi_message_finding),
+                          py::make_tuple(h->charset, py::tuple(nodes), py::bytes(group)));
 }
 
 py::list Reader::findings()
