@@ -141,3 +141,33 @@ TEST(WriteEnvelope, RefusesWhatWouldBreakTheHeader)
 }
 
 }  // namespace
+
+namespace {
+
+TEST(WriteEnvelope, AnotherSyntaxIdentifierTranscodesTheValues)
+{
+    edi_write_options opt;
+    edi_write_options_init(&opt);
+    opt.syntax = "UNOC:3";
+    // UTF-8 text read, written as ISO 8859-1.
+    Written w = readwrite(slurp(corpus + "php-edifact_example_utf8_DESADV.edi"), &opt);
+    ASSERT_EQ(w.status, 0) << w.findings;
+    EXPECT_NE(w.text.find("UNB+UNOC:3"), std::string::npos) << w.text;
+    EXPECT_NE(w.text.find("MUNCI\xCB"), std::string::npos) << w.text;
+    // Chinese text has no code in ISO 8859-1: with keep_going written as '?'
+    // and named (without, the write fails: this file also holds a value
+    // longer than its element).
+    const std::string chinese = slurp(corpus + "smooks_edg_recadv_D01B_utf8.txt");
+    opt.keep_going = 0;
+    w = readwrite(chinese, &opt);
+    EXPECT_EQ(w.status, 1);
+    EXPECT_TRUE(w.text.empty());
+    opt.keep_going = 1;
+    w = readwrite(chinese, &opt);
+    EXPECT_EQ(w.status, 0) << w.findings;
+    EXPECT_NE(w.findings.find("holds U+62A5, which ISO-8859-1 has no code for"), std::string::npos)
+        << w.findings;
+    EXPECT_NE(w.findings.find("written as '?'"), std::string::npos) << w.findings;
+}
+
+}  // namespace

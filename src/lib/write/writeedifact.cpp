@@ -5,6 +5,7 @@
 #include <string.h>
 #include <unistd.h>
 
+#include <memory>
 #include <mutex>
 #include <string>
 #include <unordered_map>
@@ -28,6 +29,9 @@
 #include "text/envelopeout.h"
 #include "write/envelopeplan.h"
 #include "write/highbytes.h"
+#include "write/transcode.h"
+#include "trees/jsoncharset.h"
+#include "text/charset.h"
 #include "write/writerepetitions.h"
 
 namespace edi {
@@ -392,6 +396,15 @@ WriteStatus writeinterchange(const Module &mod, const Settings &opt, const Setti
                                                       : Above127::kept;
         const bool cut = reportvalueloss(mod, opt, tree, pieces, above, rep);
         ok = !lost && !cut;
+    }
+    // Written in another set than it was read in (--syntax): values are
+    // transcoded for the write.
+    std::unique_ptr<Transcoding> transcoded;
+    if (ok && !opt.exact && !opt.syntax.empty()) {
+        Charset to = charsetofsyntax(opt.syntax.substr(0, opt.syntax.find(':')));
+        Charset from = env != nullptr ? envelopecharset(env) : Charset::iso8859_1;
+        transcoded = std::make_unique<Transcoding>(tree, from, to, opt.keepgoing, opt.name, rep);
+        ok = transcoded->ok();
     }
     for (size_t i = 0; ok && i < pieces.size(); i++) {
         const Piece &p = pieces[i];
