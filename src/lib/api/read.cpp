@@ -223,9 +223,10 @@ int edi_next(edi_reader *r, edi_message **msg)
         m->env = envelopevalues(una, unb, i < u.groups.size() ? u.groups[i] : "");
         m->env.interchange = u.interchange;
         m->charset = r->unit.charset;
-        m->envtree = envelopenode(una, unb, m->charset);
+        m->envtree = envelopenode(una, unb, u.unz, m->charset);
         if (i < u.groups.size() && !u.groups[i].empty())
-            m->grouptree = groupnode(una, u.groups[i]);
+            m->grouptree = groupnode(una, u.groups[i],
+                                     i < u.groupends.size() ? u.groupends[i] : "");
         const std::deque<Finding> &all = r->rep.items();
         for (size_t k = r->unitstart; k < all.size(); k++)
             if (all[k].message == m->number)

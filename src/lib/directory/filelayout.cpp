@@ -82,6 +82,7 @@ std::vector<Unit> splitmessages(const Unit &u)
     base.ownlayout = u.ownlayout;
     base.una = u.una;
     base.unb = u.unb;
+    base.unz = u.unz;
     for (size_t m = 0; m < msgs.size(); m++) {
         Unit one = base;
         one.text = head + u.text.substr(msgs[m].first, msgs[m].second - msgs[m].first) + tail;
@@ -89,6 +90,8 @@ std::vector<Unit> splitmessages(const Unit &u)
             one.firstmsg = one.lastmsg = u.firstmsg + int(m);
         if (m < u.groups.size())
             one.groups = {u.groups[m]};
+        if (m < u.groupends.size())
+            one.groupends = {u.groupends[m]};
         out.push_back(std::move(one));
     }
     return out;

@@ -467,7 +467,7 @@ void appendwithenvelope(UnitRead &ur, datatree_t **&tail, int &interchange, std:
     std::string una, unb;
     unitenvelope(ur, una, unb);
     if (ur.unit.interchange != interchange && !unb.empty()) {
-        *tail = envelopenode(una, unb, ur.charset);
+        *tail = envelopenode(una, unb, ur.unit.unz, ur.charset);
         tail = &(*tail)->next;
         group.clear();
     }
@@ -478,7 +478,7 @@ void appendwithenvelope(UnitRead &ur, datatree_t **&tail, int &interchange, std:
         m->next = nullptr;
         const std::string &g = i < ur.unit.groups.size() ? ur.unit.groups[i] : group;
         if (g != group && !g.empty()) {
-            *tail = groupnode(una, g);
+            *tail = groupnode(una, g, i < ur.unit.groupends.size() ? ur.unit.groupends[i] : "");
             tail = &(*tail)->next;
         }
         group = g;

@@ -56,6 +56,7 @@ struct Message {
     std::string text, type;
     int number = 0;
     std::string group;  // the UNG it stands in, as received; "" for none
+    std::string groupend;  // the UNE that closes that group, as received
 };
 
 struct Interchange {
@@ -138,6 +139,9 @@ std::vector<Unit> prepareenvelope(const std::string &text, EnvelopeNotes &notes)
         }
         if (s.tag == "UNE") {
             notes.changes.push_back("group segment taken out: " + printable(seg));
+            for (auto m = ic.messages.rbegin();
+                 m != ic.messages.rend() && m->group == ic.ungseg && m->groupend.empty(); ++m)
+                m->groupend = seg;
             ic.ungseg.clear();
             if (element(els, 2) != ic.group)
                 remark("the group trailer UNE names the group reference '" +
@@ -209,10 +213,12 @@ std::vector<Unit> prepareenvelope(const std::string &text, EnvelopeNotes &notes)
             while (e < ic.messages.size() && ic.messages[e].type == u.msgtype) {
                 u.text += ic.messages[e].text;
                 u.groups.push_back(ic.messages[e].group);
+                u.groupends.push_back(ic.messages[e].groupend);
                 u.lastmsg = ic.messages[e].number;
                 e++;
             }
             u.text += ic.tail;
+            u.unz = ic.tail;
             units.push_back(u);
             k = e;
         }

@@ -22,6 +22,10 @@ struct Unit {
     // the UNG each message stands in ("" for none), one per message.
     std::string una, unb;
     std::vector<std::string> groups;
+    // The trailers as received: the UNZ ("" when the file has none) and the
+    // UNE closing each message's group ("" for none), one per message.
+    std::string unz;
+    std::vector<std::string> groupends;
 };
 
 struct EnvelopeNotes {

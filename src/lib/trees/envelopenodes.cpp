@@ -50,6 +50,18 @@ const std::vector<Element> &unglayout()
     return l;
 }
 
+const std::vector<Element> &unzlayout()
+{
+    static const std::vector<Element> l = {{"0036", {}}, {"0020", {}}};
+    return l;
+}
+
+const std::vector<Element> &unelayout()
+{
+    static const std::vector<Element> l = {{"0060", {}}, {"0048", {}}};
+    return l;
+}
+
 datatree_t *node(const std::string &name, const std::string *value)
 {
     datatree_t *tp = edihost::newnode();
@@ -188,24 +200,35 @@ bool isenvelopenode(const datatree_t *tp)
 }
 
 datatree_t *envelopenode(const std::string &una, const std::string &unb,
-                         const std::string &charset)
+                         const std::string &unz, const std::string &charset)
 {
     datatree_t *env = node(envelopenodename, nullptr);
     if (una.size() >= 9) {
         std::string chars = una.substr(3, 6);
-        append(env, node("UNA", &chars));
+        datatree_t *u = node("UNA", &chars);
+        const char *names[] = {"component", "element", "decimal", "release", "repetition",
+                               "terminator"};
+        for (size_t i = 0; i < 6; i++) {
+            std::string c(1, chars[i]);
+            append(u, node(names[i], &c));
+        }
+        append(env, u);
     }
     if (!charset.empty())
         append(env, node("charset", &charset));
     append(env, segmentnode("UNB", unblayout(), una, unb));
+    if (!unz.empty())
+        append(env, segmentnode("UNZ", unzlayout(), una, unz));
     return env;
 }
 
-datatree_t *groupnode(const std::string &una, const std::string &ung)
+datatree_t *groupnode(const std::string &una, const std::string &ung, const std::string &une)
 {
     datatree_t *g = segmentnode("UNG", unglayout(), una, ung);
     edihost::freetext(g->xmltag);
     g->xmltag = edihost::newtext(groupnodename, strlen(groupnodename));
+    if (!une.empty())
+        append(g, segmentnode("UNE", unelayout(), una, une));
     return g;
 }
 
