@@ -302,10 +302,7 @@ bool EdifactReading::next(UnitRead &out)
         if (opt_.permessage && !u.ownlayout && u.lastmsg > u.firstmsg) {
             // The character set is told from the whole copy, not from the
             // message that happens to come first.
-            UnitRead whole;
-            whole.unit = u;
-            whole.text = u.text;
-            textcharset(whole);
+            textcharset(u, u.text);
             // Message by message: each message its own working copy, so
             // that no more than one message's tree is made at a time.
             std::vector<Unit> parts = splitmessages(u);
@@ -409,50 +406,55 @@ bool EdifactReading::next(UnitRead &out)
         out.unit = u;
         out.text = std::move(text);
         out.key = ev != nullptr && ev->servconftag != nullptr ? ev->servconftag : "";
-        out.charset = textcharset(out);
+        out.charset = textcharset(out.unit, out.text);
         freeenvelope(ev);
         return true;
     }
     return false;
 }
 
-std::string EdifactReading::textcharset(const UnitRead &ur)
+std::string EdifactReading::textcharset(const Unit &unit, std::string_view text)
 {
-    auto known = charsets_.find(ur.unit.interchange);
+    auto known = charsets_.find(unit.interchange);
     if (known != charsets_.end())
         return known->second;
     std::string una, unb;
-    unitenvelope(ur, una, unb);
+    unitenvelope(unit, text, una, unb);
     std::string id = envelopevalues(una, unb, "").syntaxid;
     Charset declared = charsetofsyntax(id);
-    Charset used = detectcharset(ur.text, declared);
-    if (used != declared && ur.unit.interchange != utf8noted_) {
-        utf8noted_ = ur.unit.interchange;
-        std::string note = describeunit(ur.unit) + ": the syntax identifier " +
+    Charset used = detectcharset(text, declared);
+    if (used != declared && unit.interchange != utf8noted_) {
+        utf8noted_ = unit.interchange;
+        std::string note = describeunit(unit) + ": the syntax identifier " +
                            (id.empty() ? std::string("(none)") : printable(id)) +
                            " declares a single-byte character set, but the text is UTF-8; "
                            "its values are read as UTF-8";
         rep_.add(EDI_FINDING_NOTE, EDI_SEVERITY_WARNING, input_, note);
         changes_.push_back(note);
     }
-    return charsets_[ur.unit.interchange] = charsetname(used);
+    return charsets_[unit.interchange] = charsetname(used);
 }
 
-void unitenvelope(const UnitRead &ur, std::string &una, std::string &unb)
+void unitenvelope(const Unit &unit, std::string_view text, std::string &una, std::string &unb)
 {
-    una = ur.unit.una;
-    unb = ur.unit.unb;
+    una = unit.una;
+    unb = unit.unb;
     if (!unb.empty())
         return;
-    SegmentReader sr(ur.text);
+    SegmentReader sr(text);
     Segment s;
     while (sr.next(s) && s.tag != "UNH") {
-        std::string seg = ur.text.substr(s.begin, s.end - s.begin);
+        std::string seg(text.substr(s.begin, s.end - s.begin));
         if (s.tag == "UNA")
             una = seg;
         else if (s.tag == "UNB")
             unb = seg;
     }
+}
+
+void unitenvelope(const UnitRead &ur, std::string &una, std::string &unb)
+{
+    unitenvelope(ur.unit, ur.text, una, unb);
 }
 
 namespace {

@@ -6,6 +6,7 @@
 #include <map>
 #include <memory>
 #include <string>
+#include <string_view>
 #include <vector>
 
 #include "ediprot.h"
@@ -35,6 +36,7 @@ struct UnitRead {
 // The UNA ("" when none) and UNB a working copy's messages came in: those
 // of the file's envelope, or for a raw read those of the copy itself.
 void unitenvelope(const UnitRead &ur, std::string &una, std::string &unb);
+void unitenvelope(const Unit &unit, std::string_view text, std::string &una, std::string &unb);
 
 class Generated;
 
@@ -69,7 +71,7 @@ private:
     // The set the copy's text is in: the one its syntax identifier declares,
     // or UTF-8 where that is a single-byte set but the text is UTF-8 (noted
     // once per interchange).
-    std::string textcharset(const UnitRead &ur);
+    std::string textcharset(const Unit &unit, std::string_view text);
     int utf8noted_ = 0;
     std::map<int, std::string> charsets_;  // by interchange, once told
     std::vector<std::string> skipped_;

@@ -86,12 +86,19 @@ std::string describeunit(const Unit &u)
 
 std::vector<Unit> prepareenvelope(const std::string &text, EnvelopeNotes &notes)
 {
-    std::vector<Segment> segs = cutsegments(text);
-    size_t first = !segs.empty() && segs[0].tag == "UNA" ? 1 : 0;
-    if (segs.size() <= first || segs[first].tag != "UNB") {
-        Unit u;
-        u.text = text;
-        return {u};
+    // Segments are taken one at a time: a large interchange is not cut
+    // into a list of all its segments first.
+    {
+        SegmentReader peek(text);
+        Segment s0;
+        bool any = peek.next(s0);
+        if (any && s0.tag == "UNA")
+            any = peek.next(s0);
+        if (!any || s0.tag != "UNB") {
+            Unit u;
+            u.text = text;
+            return {u};
+        }
     }
 
     std::vector<Interchange> ics;
@@ -103,7 +110,8 @@ std::vector<Unit> prepareenvelope(const std::string &text, EnvelopeNotes &notes)
     auto remark = [&](const std::string &what) {
         notes.changes.push_back("interchange " + std::to_string(ics.size()) + ": " + what);
     };
-    for (const Segment &s : segs) {
+    SegmentReader reader(text);
+    for (Segment s; reader.next(s);) {
         std::string seg = text.substr(s.begin, s.end - s.begin);
         if (s.tag == "UNA") {
             una = seg;
