@@ -12,9 +12,11 @@ edi="$bin/edi"
 mkdir -p "$out"
 
 # The message segments of an interchange (UNA, UNB and UNZ are the
-# writer's own), one a line.
+# writer's own), one a line, in minimal form: the writer leaves trailing
+# empty components and elements out, as strict receivers want.
 messages() {
-  tr -d '\r\n' <"$1" | tr "'" '\n' | grep -v -E '^(UNA|UNB|UNZ)'
+  tr -d '\r\n' <"$1" | tr "'" '\n' | grep -v -E '^(UNA|UNB|UNZ)' |
+    sed -E 's/([^?]):+(\+|$)/\1\2/g; s/([^?])\++$/\1/'
 }
 
 status=0
