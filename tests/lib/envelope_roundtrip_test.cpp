@@ -3,6 +3,7 @@
 // in ISO 8859 and UTF-8, and the segments byte for byte; options set the
 // envelope of a tree that carries none.
 #include <stdlib.h>
+#include <string.h>
 
 #include <fstream>
 #include <sstream>
@@ -168,6 +169,49 @@ TEST(WriteEnvelope, AnotherSyntaxIdentifierTranscodesTheValues)
     EXPECT_NE(w.findings.find("holds U+62A5, which ISO-8859-1 has no code for"), std::string::npos)
         << w.findings;
     EXPECT_NE(w.findings.find("written as '?'"), std::string::npos) << w.findings;
+}
+
+}  // namespace
+
+namespace {
+
+// A tree text's result of edi_write: status and the number of UNB written.
+std::pair<int, size_t> writetext(const std::string &tree)
+{
+    edi_result *parsed = edi_tree_parse(tree.data(), tree.size(), "t");
+    datatree_t *t = edi_result_take_tree(parsed);
+    edi_result_free(parsed);
+    if (t == nullptr)
+        return {-1, 0};
+    edi_write_options opt;
+    edi_write_options_init(&opt);
+    edi_result *res = edi_write(t, &opt);
+    size_t len = 0;
+    const char *out = edi_result_text(res, &len);
+    std::string text(out != nullptr ? out : "", len);
+    size_t unb = 0;
+    for (size_t at = text.find("UNB+"); at != std::string::npos; at = text.find("UNB+", at + 1))
+        unb++;
+    std::pair<int, size_t> r{edi_result_status(res), unb};
+    edi_result_free(res);
+    edi_tree_free(t);
+    return r;
+}
+
+TEST(WriteEnvelope, AnEnvelopeWithoutMessagesIsNotWritten)
+{
+    const std::string envelope = "  \"#envelope\"\n    UNB\n      S001\n        0001 data=UNOC\n"
+                                 "        0002 data=3\n      S002\n        0004 data=A\n"
+                                 "      S003\n        0010 data=B\n";
+    EXPECT_EQ(writetext("edi\n" + envelope).first, 1);  // no message at all
+    edi_result *rd = edi_read_memory(kPlain, strlen(kPlain), "in", nullptr);
+    size_t len = 0;
+    char *text = edi_tree_to_text(edi_result_tree(rd), &len);
+    std::string tree(text, len);
+    edi_free(text);
+    edi_result_free(rd);
+    EXPECT_EQ(writetext(tree), (std::pair<int, size_t>{0, 1}));
+    EXPECT_EQ(writetext(tree + envelope), (std::pair<int, size_t>{0, 1}));
 }
 
 }  // namespace

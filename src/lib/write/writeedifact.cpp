@@ -447,8 +447,9 @@ WriteStatus writeinterchange(const Module &mod, const Settings &opt, const Setti
 }
 
 // The root's children cut into interchanges: each `#envelope` node begins
-// one, each `#group` node a functional group; messages before the first
-// envelope node belong to the first interchange.
+// one, each `#group` node a functional group; messages in front of the
+// first envelope node (a tree built by hand) make an interchange of their
+// own, whose envelope the options give.
 struct Interchange {
     const datatree_t *env = nullptr;
     std::vector<datatree_t *> messages;
@@ -523,7 +524,10 @@ WriteStatus writeedifact(const Module &mod, const Settings &opt, datatree_t *tre
     std::vector<Interchange> ics;
     if (tree != nullptr)
         ics = interchangesof(tree);
-    if (tree == nullptr || ics.back().messages.empty()) {
+    bool anymessage = false;
+    for (const Interchange &ic : ics)
+        anymessage = anymessage || !ic.messages.empty();
+    if (tree == nullptr || !anymessage) {
         rep.fail(opt.name, "the tree holds no message");
         release();
         return write_failed;
@@ -540,6 +544,8 @@ WriteStatus writeedifact(const Module &mod, const Settings &opt, datatree_t *tre
     // translator refuses the whole interchange.
     Settings inner = opt;
     for (const Interchange &ic : ics) {
+        if (ic.messages.empty())
+            continue;  // an envelope with no message is not written
         inner.sender = partnerid(opt.sender, ic.env, 1);
         inner.recipient = partnerid(opt.recipient, ic.env, 2);
         for (const auto &[what, value] : {std::pair<const char *, const std::string &>{"sender", inner.sender},
