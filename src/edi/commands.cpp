@@ -222,7 +222,9 @@ Exit readcommand(const Options &opt)
     // One interchange on several cores: its messages shared out.
     if (opt.jobs > 0 && inputs.size() == 1 && opt.format == "ndjson" && inputs[0] != "-" &&
         !fromfolder)
-        return readndjsonparallel(opt, inputs[0], opt.output);
+        return readndjsonparallel(opt, inputs[0],
+                                  tofolder ? infolder(opt.output, inputs[0], opt.format)
+                                           : opt.output);
     if (opt.jobs > 0)
         return readbatch(inputs, opt, one);
     // Several JSON documents on stdout are one array, so that what a
