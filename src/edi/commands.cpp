@@ -28,6 +28,27 @@ std::vector<const char *> pointers(const std::vector<std::string> &v)
     return p;
 }
 
+}  // namespace
+
+edi_options readoptions(const Options &opt, const std::vector<const char *> &configs)
+{
+    edi_options o;
+    edi_options_init(&o);
+    o.raw = opt.raw;
+    o.keep_going = opt.keepgoing;
+    o.trace = opt.trace;
+    o.servconf = opt.servconf.empty() ? nullptr : opt.servconf.c_str();
+    o.max_findings = opt.maxerrors;
+    o.configs = configs.data();
+    o.nconfigs = configs.size();
+    o.validate = opt.validate;
+    o.parts = opt.parts;
+    o.part = opt.part;
+    return o;
+}
+
+namespace {
+
 // Exit status of a result: 0, 1 or 2 as the library says, 1 for none.
 Exit statusof(const edi_result *res)
 {
@@ -66,17 +87,11 @@ Exit readone(const Options &opt, const std::string &input, const std::string &ou
 {
     bool vda = opt.command == "vda-read";
     std::vector<const char *> configs = pointers(opt.configs);
-    edi_options o;
-    edi_options_init(&o);
-    o.raw = opt.raw;
-    o.keep_going = opt.keepgoing;
-    o.trace = opt.trace;
-    o.servconf = opt.servconf.empty() ? nullptr : opt.servconf.c_str();
-    o.max_findings = opt.maxerrors;
-    if (!vda) {
-        o.configs = configs.data();
-        o.nconfigs = configs.size();
-        o.validate = opt.validate;
+    edi_options o = readoptions(opt, configs);
+    if (vda) {  // the VDA reader takes its one configuration apart
+        o.configs = nullptr;
+        o.nconfigs = 0;
+        o.validate = 0;
     }
     const char *vdaconfig = opt.configs.empty() ? nullptr : opt.configs.back().c_str();
     edi_result *res = vda ? edi_vda_read(input.c_str(), vdaconfig, &o) : edi_read(input.c_str(), &o);

@@ -6,6 +6,7 @@
 #include <stdio.h>
 
 #include <string>
+#include <vector>
 
 #include "edi.h"
 #include "options.h"
@@ -23,6 +24,10 @@ Exit ackcommand(const Options &opt);
 // only with --verbose, their summaries only without.
 void printfinding(const edi_finding *f, bool verbose, FILE *out);
 void printfindings(const edi_result *res, bool verbose, FILE *out);
+
+// The library's read options for the command's (`configs`, pointers to
+// opt.configs, must outlive them).
+edi_options readoptions(const Options &opt, const std::vector<const char *> &configs);
 
 }  // namespace edi
 

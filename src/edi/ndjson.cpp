@@ -15,18 +15,7 @@ Exit readndjson(const Options &opt, const std::string &input, const std::string 
     std::vector<const char *> configs;
     for (const std::string &c : opt.configs)
         configs.push_back(c.c_str());
-    edi_options o;
-    edi_options_init(&o);
-    o.raw = opt.raw;
-    o.keep_going = opt.keepgoing;
-    o.trace = opt.trace;
-    o.servconf = opt.servconf.empty() ? nullptr : opt.servconf.c_str();
-    o.max_findings = opt.maxerrors;
-    o.configs = configs.data();
-    o.nconfigs = configs.size();
-    o.validate = opt.validate;
-    o.parts = opt.parts;
-    o.part = opt.part;
+    edi_options o = readoptions(opt, configs);
     const bool streaming = out.empty() || out == "-";
     const int form = (opt.full ? EDI_FORM_FULL : EDI_FORM_COMPACT) | EDI_FORM_ONE_LINE;
     edi_reader *r = edi_open_path(input.c_str(), &o);

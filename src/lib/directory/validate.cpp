@@ -16,10 +16,6 @@
 
 namespace edi::dirs {
 
-namespace {
-
-using json = nlohmann::ordered_json;
-
 std::string shown(const std::string &v)
 {
     std::string r = "'";
@@ -34,6 +30,11 @@ std::string shown(const std::string &v)
     }
     return r + "'";
 }
+
+namespace {
+
+using json = nlohmann::ordered_json;
+
 
 // The tag an entry takes first: its own, or its group's trigger.
 std::string firsttag(const json &e)

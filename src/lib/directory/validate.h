@@ -9,6 +9,10 @@
 
 namespace edi::dirs {
 
+// A value in quotes as findings show it, bytes outside printable ASCII as
+// \xNN.
+std::string shown(const std::string &v);
+
 // One segment of a message: its tag and its elements, each a list of
 // components (a simple element has one), values without release characters.
 struct SegmentValues {

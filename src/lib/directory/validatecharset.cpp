@@ -1,25 +1,12 @@
 #include "directory/validatecharset.h"
 
+#include "directory/validate.h"
+
 #include <stdio.h>
 
 namespace edi::dirs {
 
 namespace {
-
-std::string shownbytes(const std::string &v)
-{
-    std::string r = "'";
-    for (unsigned char c : v) {
-        if (c >= 0x20 && c < 0x7f) {
-            r += static_cast<char>(c);
-        } else {
-            char b[8];
-            snprintf(b, sizeof b, "\\x%02X", c);
-            r += b;
-        }
-    }
-    return r + "'";
-}
 
 std::string byteshown(unsigned b)
 {
@@ -98,7 +85,7 @@ std::vector<CharsetFinding> charsetfindings(Charset cs, const std::string &synta
                 std::string place = "element " + std::to_string(f.element);
                 if (f.component > 0)
                     place += ", component " + std::to_string(f.component);
-                f.text = "value " + shownbytes(comps[c]) + " (" + place + ") " + what;
+                f.text = "value " + shown(comps[c]) + " (" + place + ") " + what;
                 cf.warning = lower;
                 out.push_back(std::move(cf));
             }
