@@ -300,4 +300,12 @@ Fit charfit(char32_t c, Charset cs)
     }
 }
 
+bool allascii(const char *s)
+{
+    for (const unsigned char *p = reinterpret_cast<const unsigned char *>(s); *p != 0; p++)
+        if (*p >= 0x80)
+            return false;
+    return true;
+}
+
 }  // namespace edi

@@ -58,6 +58,10 @@ std::string syntaxproblem(std::string_view syntaxid);
 
 // ---- decoding and encoding
 
+// True if the NUL-terminated text `s` holds no byte above 127: it reads
+// the same in every set, and passes the module's writer as it is.
+bool allascii(const char *s);
+
 // `bytes` in set `cs` as UTF-8 (Charset::unknown decodes as ISO 8859-1).
 std::string decodetext(std::string_view bytes, Charset cs);
 

@@ -1,11 +1,10 @@
 #include "text/compositepad.h"
 
-#include <ctype.h>
-
 #include <map>
 #include <vector>
 
 #include "text/segments.h"
+#include "text/tagnodes.h"
 
 namespace edi {
 
@@ -17,29 +16,19 @@ using Composites = std::map<std::string, std::vector<bool>>;
 
 void collect(const datatree_t *config, Composites &out)
 {
-    std::vector<const datatree_t *> todo{config};
-    while (!todo.empty()) {
-        const datatree_t *n = todo.back();
-        todo.pop_back();
-        for (const datatree_t *c = n->child; c != nullptr; c = c->next)
-            todo.push_back(c);
-        if (n->iseditag == 0 || n->xmltag == nullptr || n->xmltag[0] == '\0')
-            continue;
-        std::string tag;
-        for (const char *p = n->xmltag + 1; *p != '\0' && tag.size() < 3; p++)
-            tag += static_cast<char>(toupper(static_cast<unsigned char>(*p)));
+    eachtagnode(config, [&out](const std::string &tag, const datatree_t *n) {
         std::vector<bool> mine{false};
         for (const datatree_t *e = n->child; e != nullptr; e = e->next)
             mine.push_back(e->child != nullptr);
         auto it = out.find(tag);
         if (it == out.end()) {
             out.emplace(tag, mine);
-            continue;
+            return;
         }
         std::vector<bool> &all = it->second;
         for (size_t i = 0; i < all.size(); i++)
             all[i] = all[i] && i < mine.size() && mine[i];
-    }
+    });
 }
 
 }  // namespace

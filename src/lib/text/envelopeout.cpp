@@ -85,16 +85,11 @@ std::string segmentof(const char *tag, const SegmentValues &els, const Chars &c)
     return out + c.sx.seg;
 }
 
-std::string value(const SegmentValues &els, size_t e, size_t c)
-{
-    return e < els.size() && c < els[e].size() ? els[e][c] : "";
-}
-
 }  // namespace
 
 std::string setenvelope(const std::string &text, const OutEnvelope &env)
 {
-    int version = atoi(value(env.unb, 0, 1).c_str());
+    int version = atoi(segmentvalue(env.unb, 0, 1).c_str());
     Chars c;
     c.rep = version >= 4 ? '*' : ' ';
     std::string out;
@@ -119,7 +114,7 @@ std::string setenvelope(const std::string &text, const OutEnvelope &env)
             if (g < env.groups.size() && env.groups[g].last == msg) {
                 const OutEnvelope::Group &gr = env.groups[g];
                 out += segmentof("UNE",
-                                 {{std::to_string(gr.last - gr.first + 1)}, {value(gr.ung, 4, 0)}},
+                                 {{std::to_string(gr.last - gr.first + 1)}, {segmentvalue(gr.ung, 4, 0)}},
                                  c);
                 g++;
             }

@@ -1,11 +1,11 @@
 #include "text/repetitions.h"
 
-#include <ctype.h>
 #include <stdlib.h>
 
 #include <algorithm>
 
 #include "text/segments.h"
+#include "text/tagnodes.h"
 
 namespace edi {
 
@@ -58,29 +58,19 @@ RepetitionLayout repetitionlayout(const datatree_t *config)
     std::map<std::string, bool> disagree;
     if (config == nullptr)
         return layout;
-    std::vector<const datatree_t *> todo{config};
-    while (!todo.empty()) {
-        const datatree_t *n = todo.back();
-        todo.pop_back();
-        for (const datatree_t *c = n->child; c != nullptr; c = c->next)
-            todo.push_back(c);
-        if (n->iseditag == 0 || n->xmltag == nullptr || n->xmltag[0] == '\0')
-            continue;
-        std::string tag;
-        for (const char *p = n->xmltag + 1; *p != '\0' && tag.size() < 3; p++)
-            tag += static_cast<char>(toupper(static_cast<unsigned char>(*p)));
+    eachtagnode(config, [&](const std::string &tag, const datatree_t *n) {
         std::vector<ElementPlaces> mine = placesof(n);
         auto it = layout.find(tag);
         if (it == layout.end()) {
             layout.emplace(tag, std::move(mine));
-            continue;
+            return;
         }
         std::vector<ElementPlaces> &have = it->second;
         for (size_t i = 0; i < std::min(have.size(), mine.size()); i++)
             disagree[tag] = disagree[tag] || have[i].places != mine[i].places;
         if (nodes(mine) > nodes(have))
             have = std::move(mine);
-    }
+    });
     for (auto &[tag, yes] : disagree)
         if (yes)
             layout[tag] = flat(layout[tag]);

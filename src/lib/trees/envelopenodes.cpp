@@ -232,6 +232,11 @@ datatree_t *groupnode(const std::string &una, const std::string &ung, const std:
     return g;
 }
 
+std::string segmentvalue(const SegmentValues &els, size_t e, size_t c)
+{
+    return e < els.size() && c < els[e].size() ? els[e][c] : "";
+}
+
 SegmentValues unbvalues(const datatree_t *envelope)
 {
     return valuesof(childnamed(envelope, "UNB"), unblayout());

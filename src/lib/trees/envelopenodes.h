@@ -44,6 +44,9 @@ datatree_t *groupnode(const std::string &una, const std::string &ung, const std:
 // One segment's values by element and component, release characters out.
 using SegmentValues = std::vector<std::vector<std::string>>;
 
+// Component `c` of element `e` (both from 0), "" where there is none.
+std::string segmentvalue(const SegmentValues &els, size_t e, size_t c);
+
 // The UNB (or UNG) values an envelope (group) node holds, by position;
 // elements it lacks are empty.
 SegmentValues unbvalues(const datatree_t *envelope);

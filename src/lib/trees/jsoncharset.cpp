@@ -15,14 +15,6 @@ namespace {
 
 thread_local Charset current = Charset::iso8859_1;
 
-bool plain(const char *s)
-{
-    for (const unsigned char *p = reinterpret_cast<const unsigned char *>(s); *p != 0; p++)
-        if (*p >= 0x80)
-            return false;
-    return true;
-}
-
 struct Encoding {
     const std::string &name;
     Report &rep;
@@ -33,7 +25,7 @@ struct Encoding {
     // named with the node's path.
     void text(char **slot, Charset cs)
     {
-        if (*slot == nullptr || plain(*slot))
+        if (*slot == nullptr || allascii(*slot))
             return;
         std::vector<Unencodable> missing;
         std::string bytes = encodetext(*slot, cs, &missing);

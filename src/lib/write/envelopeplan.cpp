@@ -24,11 +24,6 @@ std::vector<std::string> cut(const std::string &v, char sep)
     return out;
 }
 
-std::string value(const SegmentValues &els, size_t e, size_t c)
-{
-    return e < els.size() && c < els[e].size() ? els[e][c] : "";
-}
-
 void set(SegmentValues &els, size_t e, std::vector<std::string> comps)
 {
     if (els.size() <= e)
@@ -137,7 +132,7 @@ bool planenvelope(const std::string &moduletext, const datatree_t *env,
         }
         set(unb, 0, s001);
     }
-    int version = atoi(value(unb, 0, 1).c_str());
+    int version = atoi(segmentvalue(unb, 0, 1).c_str());
     if ((!opt.sender.empty() && partnerrefused("sender", opt.sender, version, rep)) ||
         (!opt.recipient.empty() && partnerrefused("recipient", opt.recipient, version, rep)) ||
         refused("application reference", opt.applicationref, 14, rep) ||
@@ -148,7 +143,7 @@ bool planenvelope(const std::string &moduletext, const datatree_t *env,
     if (!opt.recipient.empty())
         set(unb, 2, partnerof(opt.recipient));
     for (size_t e : {1, 2})
-        if (value(unb, e, 0).empty()) {
+        if (segmentvalue(unb, e, 0).empty()) {
             const char *what = e == 1 ? "sender" : "recipient";
             rep.fail("", std::string("the ") + what +
                              " is empty; the interchange header needs the identification of "
@@ -164,11 +159,11 @@ bool planenvelope(const std::string &moduletext, const datatree_t *env,
         set(unb, 10, {"1"});
     // The partner's date stays with its envelope; a new envelope, or one of
     // another syntax version, is dated now.
-    if (env == nullptr || value(unb, 3, 0).empty() || !opt.syntax.empty())
+    if (env == nullptr || segmentvalue(unb, 3, 0).empty() || !opt.syntax.empty())
         set(unb, 3, unbdate(writingtime(), version));
     plan.reference = opt.reference;
     if (plan.reference.empty() && env != nullptr)
-        plan.reference = value(unb, 4, 0);
+        plan.reference = segmentvalue(unb, 4, 0);
     if (plan.reference.empty())
         plan.reference = newreference();
     set(unb, 4, {plan.reference});
@@ -180,12 +175,12 @@ bool planenvelope(const std::string &moduletext, const datatree_t *env,
         // One group around every message, between the interchange's partners.
         SegmentValues ung;
         set(ung, 0, {opt.group});
-        set(ung, 1, {value(unb, 1, 0), value(unb, 1, 1)});
-        set(ung, 2, {value(unb, 2, 0), value(unb, 2, 1)});
+        set(ung, 1, {segmentvalue(unb, 1, 0), segmentvalue(unb, 1, 1)});
+        set(ung, 2, {segmentvalue(unb, 2, 0), segmentvalue(unb, 2, 1)});
         set(ung, 3, unbdate(writingtime(), version));
         set(ung, 4, {plan.reference});
-        set(ung, 5, {value(s009, 0, 3).empty() ? "UN" : value(s009, 0, 3)});
-        set(ung, 6, {value(s009, 0, 1), value(s009, 0, 2)});
+        set(ung, 5, {segmentvalue(s009, 0, 3).empty() ? "UN" : segmentvalue(s009, 0, 3)});
+        set(ung, 6, {segmentvalue(s009, 0, 1), segmentvalue(s009, 0, 2)});
         plan.out.groups.push_back(OutEnvelope::Group{0, messages - 1, ung});
     }
 

@@ -6,6 +6,7 @@
 #include <unordered_map>
 
 #include "nodestore.h"
+#include "text/charset.h"
 
 namespace edi {
 
@@ -18,14 +19,6 @@ constexpr char kMark = '#';
 bool needsmark(unsigned char c)
 {
     return c >= 0x80 || c == kMark;
-}
-
-bool carrieshigh(const char *v)
-{
-    for (const unsigned char *p = reinterpret_cast<const unsigned char *>(v); *p != 0; p++)
-        if (*p >= 0x80)
-            return true;
-    return false;
 }
 
 bool marked(const char *v)
@@ -127,7 +120,7 @@ HighBytes::HighBytes(datatree_t *first, datatree_t *last, datatree_t *config, bo
             collect(m, conf, values);
     }
     for (const Value &v : values)
-        high = high || carrieshigh(v.node->data);
+        high = high || !allascii(v.node->data);
     if (!high)
         return;
     // Elements holding a marked value, with the length the longest needs.

@@ -12,14 +12,6 @@ namespace edi {
 
 namespace {
 
-bool plain(const char *s)
-{
-    for (const unsigned char *p = reinterpret_cast<const unsigned char *>(s); *p != 0; p++)
-        if (*p >= 0x80)
-            return false;
-    return true;
-}
-
 struct Walk {
     Charset from, to;
     bool keepgoing;
@@ -32,7 +24,7 @@ struct Walk {
     void node(datatree_t *tp)
     {
         path.push_back(tp->xmltag != nullptr ? tp->xmltag : "");
-        if (tp->data != nullptr && !plain(tp->data))
+        if (tp->data != nullptr && !allascii(tp->data))
             value(tp);
         for (datatree_t *c = tp->child; c != nullptr; c = c->next)
             node(c);
