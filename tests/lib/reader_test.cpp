@@ -147,6 +147,33 @@ TEST(Reader, SegmentCountIsUnhToUnt)
     edi_close(r);
 }
 
+// A change made to every message's working copy is listed for the first
+// thousand messages and counted for the rest, so that the reader's memory
+// does not grow with the number of messages; every message is still read.
+TEST(Reader, ChangesToEveryCopyListedUpToAThousand)
+{
+    const int messages = 1003;
+    std::string text = "UNB+UNOA:3+ME:14+YOU:14+240101:1200+7'";
+    for (int i = 1; i <= messages; i++)
+        text += "UNH+" + std::to_string(i) + "+ORDERS:D:96A:UN'BGM+220+PO1+9'UNT+3+" +
+                std::to_string(i) + "'";
+    text += "UNZ+" + std::to_string(messages) + "+7'";
+    edi_reader *r = edi_open_memory(text.data(), text.size(), "many.edi", nullptr);
+    int rc;
+    EXPECT_EQ(drain(r, rc).size(), static_cast<size_t>(messages));
+    EXPECT_EQ(rc, 0);
+    std::vector<std::string> changes = texts(r, EDI_FINDING_CHANGED);
+    size_t padded = 0;
+    for (const std::string &c : changes)
+        padded += c.find("without component separator") != std::string::npos;
+    EXPECT_EQ(padded, 1000u);
+    ASSERT_FALSE(changes.empty());
+    EXPECT_EQ(changes.back(),
+              "3 more changes to working copies like those above are not listed (the first "
+              "1000 are)");
+    edi_close(r);
+}
+
 TEST(Reader, MemoryDescriptorAndPathGiveTheSameMessages)
 {
     std::string path = corpus + "bots_INVOIC_D96A_invoic01.edi";

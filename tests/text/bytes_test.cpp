@@ -58,6 +58,12 @@ TEST(Transport, TakesOutOnlyBytesBetweenSegments)
         {"wrapped at a fixed width", wrap(flat, 10, "\r\n"), flat, false, 0, 0, 10},
         {"one segment a line is not wrapped", "UNB+a'\nUNH+1'\nUNZ+1'\n", "UNB+a'UNH+1'UNZ+1'",
          false, 2, 1, 0},
+        {"wrapped, an empty line behind", wrap(flat, 10, "\n") + "\n", flat, false, 0, 0, 10},
+        {"wrapped, the last line as long as the others", wrap(flat.substr(0, 50), 10, "\r\n"),
+         flat.substr(0, 50), false, 0, 0, 10},
+        {"lines of one width, each a segment of the UNA's terminator, are not wrapped",
+         "UNA:+.? !\nUNB+abcd!\nUNZ+1234!\n", "UNA:+.? !UNB+abcd!UNZ+1234!", false, 2, 1, 0},
+        {"two lines are not wrapped", "UNB+abc\ndef'", "UNB+abc\ndef'", false, 0, 0, 0},
     };
     for (const TransportRow &r : rows) {
         SCOPED_TRACE(r.name);

@@ -5,6 +5,7 @@
 #include <stdlib.h>
 #include <time.h>
 
+#include <memory>
 #include <string>
 #include <vector>
 
@@ -13,6 +14,7 @@
 #include "text/countfix.h"
 #include "text/envelope.h"
 #include "text/envelopevalues.h"
+#include "directory/filelayout.h"
 
 namespace {
 
@@ -88,6 +90,60 @@ TEST(Envelope, WorkingCopiesAndNotes)
         EXPECT_EQ(notes.changes, r.changes);
         EXPECT_EQ(notes.faults, r.faults);
         EXPECT_EQ(notes.messages, r.messages);
+    }
+}
+
+// Copies whose messages stay in place in the input are put together, and
+// cut into one copy per message, exactly as copies cut from their text.
+TEST(Envelope, MessagesInPlaceGiveTheCopiesOfTheirText)
+{
+    const std::string ord2 = "UNH+2+ORDERS:D:96A:UN'UNT+2+2'";
+    const std::string ung = "UNG+ORDERS+S+R+d:t+G1'";
+    const struct {
+        const char *name;
+        std::string in;
+    } rows[] = {
+        {"plain", UNB7 + ORD + ord2 + "UNZ+2+7'"},
+        {"groups", "UNA:+.? '" + UNB7 + ung + ORD + ord2 + "UNE+2+G1'UNG+ORDERS+S+R+d:t+G2'" +
+                       ORD + "UNE+1+G2'UNZ+3+7'"},
+        {"a segment between UNT and the next UNH", UNB7 + ORD + "FTX+x'" + ord2 + "UNZ+2+7'"},
+        {"a segment behind a group's UNE", UNB7 + ung + ORD + "UNE+1+G1'FTX+x'" + ord2 +
+                                              "UNZ+2+7'"},
+        {"a segment in front of the first UNH", UNB7 + "FTX+x'" + ORD + ord2 + "UNZ+2+7'"},
+        {"a message without UNT", UNB7 + "UNH+1+ORDERS:D:96A:UN'BGM+x'" + ord2 + "UNZ+2+7'"},
+        {"the last message without UNT", UNB7 + ORD + "UNH+2+ORDERS:D:96A:UN'BGM+x'UNZ+2+7'"},
+        {"two UNT in one message", UNB7 + "UNH+1+ORDERS:D:96A:UN'UNT+2+1'UNT+2+1'" + ord2 +
+                                      "UNZ+2+7'"},
+        {"no UNZ", UNB7 + ORD + ord2},
+        {"one message", UNB7 + ORD + "UNZ+1+7'"},
+        {"own service characters, two types",
+         "UNA|*.? !UNB*UNOC|3*S|1*R|1*d|t*2!UNH*1*ORDERS|D|96A|UN!UNT*2*1!UNH*2*ORDERS|D|96A|UN!"
+         "UNT*2*2!UNH*3*DESADV|D|96A|UN!UNT*2*3!UNZ*3*2!"},
+    };
+    auto same = [](const edi::Unit &a, const edi::Unit &b) {
+        EXPECT_EQ(edi::unittext(a), edi::unittext(b));
+        EXPECT_EQ(edi::describeunit(a), edi::describeunit(b));
+        EXPECT_EQ(a.groups, b.groups);
+        EXPECT_EQ(a.groupends, b.groupends);
+        EXPECT_EQ(a.unz, b.unz);
+    };
+    for (const auto &r : rows) {
+        SCOPED_TRACE(r.name);
+        edi::EnvelopeNotes n1, n2;
+        std::vector<edi::Unit> copied = edi::prepareenvelope(r.in, n1);
+        std::vector<edi::Unit> inplace =
+            edi::prepareenvelope(std::make_shared<const std::string>(r.in), n2);
+        ASSERT_EQ(copied.size(), inplace.size());
+        EXPECT_EQ(n1.changes, n2.changes);
+        for (size_t i = 0; i < copied.size(); i++) {
+            EXPECT_EQ(copied[i].source, nullptr);
+            same(copied[i], inplace[i]);
+            std::vector<edi::Unit> a = edi::splitmessages(copied[i]);
+            std::vector<edi::Unit> b = edi::splitmessages(inplace[i]);
+            ASSERT_EQ(a.size(), b.size());
+            for (size_t k = 0; k < a.size(); k++)
+                same(a[k], b[k]);
+        }
     }
 }
 

@@ -49,6 +49,13 @@ void line(std::string &out, int depth, const std::string &text)
 
 std::vector<Unit> splitmessages(const Unit &u)
 {
+    if (u.source != nullptr) {
+        // The envelope pass found the messages: cut along its places.
+        std::vector<Unit> parts;
+        for (size_t m = 0; cuttable(u) && m < u.places.size(); m++)
+            parts.push_back(messagepart(u, m));
+        return parts.empty() ? std::vector<Unit>{u} : parts;
+    }
     // One pass that keeps only the places of UNH, UNT and UNZ: a unit of a
     // large interchange is not cut into a list of all its segments.
     size_t headend = u.text.size(), trailer = u.text.size();

@@ -110,15 +110,15 @@ std::string typeof(const std::string &msgtype)
 // up, so its messages are read the same way.  The note is printed even
 // without --verbose: the tree's names are then positions, not the
 // directory's, and the user must know why.
-std::vector<Unit> ownlayouts(const std::vector<Unit> &units, Generated &gen,
+std::vector<Unit> ownlayouts(std::vector<Unit> units, Generated &gen,
                              const std::string &input, std::vector<std::string> &changes,
                              Report &rep)
 {
     std::vector<Unit> out;
-    for (const Unit &u : units) {
+    for (Unit &u : units) {
         std::string err;
         if (u.msgtype.empty()) {
-            out.push_back(u);
+            out.push_back(std::move(u));
             continue;
         }
         if (typeof(u.msgtype).empty())
@@ -129,7 +129,7 @@ std::vector<Unit> ownlayouts(const std::vector<Unit> &units, Generated &gen,
             changes.push_back(describeunit(u) + ": " + err +
                               "; each message was read with a layout taken from itself instead");
         else {
-            out.push_back(u);
+            out.push_back(std::move(u));
             continue;
         }
         rep.add(EDI_FINDING_NOTE, EDI_SEVERITY_INFO, input, changes.back());
@@ -143,11 +143,11 @@ std::vector<Unit> ownlayouts(const std::vector<Unit> &units, Generated &gen,
 
 // The working copy `copy` of one unit (repetitions already on their places)
 // as the module shall read it: release characters it would misread
-// rewritten, composites without component separator given one.  Each change is noted (and printed with --verbose).
+// rewritten, composites without component separator given one.  What was
+// changed is added to `notes`.
 std::string prepareunit(const Unit &u, const std::string &copy, const datatree_t *config,
-                        const std::string &input, std::vector<std::string> &changes, Report &rep)
+                        std::vector<std::string> &notes)
 {
-    std::vector<std::string> notes;
     bool changed = false;
     char release = 0;
     std::string text = reescape(copy, changed, release);
@@ -163,9 +163,6 @@ std::string prepareunit(const Unit &u, const std::string &copy, const datatree_t
                         (padded == 1 ? "" : "s") +
                         " without component separator where the configuration has a "
                         "composite given one, so that each value is read once");
-    for (const std::string &n : notes)
-        rep.change(input, n);
-    changes.insert(changes.end(), notes.begin(), notes.end());
     return text;
 }
 
@@ -264,8 +261,7 @@ bool EdifactReading::prepare(std::string bytes)
         return true;
     }
     TransportNotes tn;
-    std::string clean = striptransport(bytes, tn);
-    bytes.clear();
+    auto clean = std::make_shared<const std::string>(striptransport(std::move(bytes), tn));
     changes_ = tn.describe();
     EnvelopeNotes en;
     units_ = prepareenvelope(clean, en);
@@ -277,7 +273,7 @@ bool EdifactReading::prepare(std::string bytes)
         rep_.change(input_, c);
     if (en.faults.empty() && configs_.size() == 1 && configs_[0] == nullptr &&
         opt_.servconf.empty())
-        units_ = ownlayouts(units_, *gen_, input_, changes_, rep_);
+        units_ = ownlayouts(std::move(units_), *gen_, input_, changes_, rep_);
     if (en.faults.empty() && units_.empty()) {
         rep_.fail(input_, "no interchange of the file holds a message (no UNH), so there is "
                           "nothing to read.");
@@ -295,20 +291,24 @@ bool EdifactReading::prepare(std::string bytes)
 
 bool EdifactReading::next(UnitRead &out)
 {
-    while (!failed_ && at_ < units_.size()) {
-        // Taken out of the list (which may grow behind it): the memory of a
-        // read stays that of the input and the copy being read.
-        const Unit u = std::move(units_[at_++]);
+    Unit u;
+    while (!failed_ && takeunit(u)) {
         if (opt_.permessage && !u.ownlayout && u.lastmsg > u.firstmsg) {
             // The character set is told from the whole copy, not from the
             // message that happens to come first.
-            textcharset(u, u.text);
+            textcharset(u, unitpieces(u));
             // Message by message: each message its own working copy, so
-            // that no more than one message's tree is made at a time.
+            // that no more than one message's tree is made at a time.  A
+            // copy whose messages are places in the input is cut as the
+            // read goes, one message at a time.
+            if (cuttable(u)) {
+                cutting_ = std::move(u);
+                cutat_ = 0;
+                continue;
+            }
             std::vector<Unit> parts = splitmessages(u);
             if (parts.size() > 1) {
-                units_.insert(units_.begin() + static_cast<long>(at_), parts.begin(),
-                              parts.end());
+                ahead_.insert(ahead_.begin(), parts.begin(), parts.end());
                 continue;
             }
         }
@@ -337,7 +337,7 @@ bool EdifactReading::next(UnitRead &out)
         if (config == nullptr && opt_.servconf.empty() && !u.msgtype.empty()) {
             std::string err;
             if (u.ownlayout) {
-                std::string text = layoutfromtext(u.text);
+                std::string text = layoutfromtext(unittext(u));
                 own.reset(parsetree(text, "layout of the message", rep_));
                 config = own.get();
                 if (config == nullptr)
@@ -355,14 +355,17 @@ bool EdifactReading::next(UnitRead &out)
             }
         }
         envelope_t *ev = nullptr;
-        std::string text = u.text;
+        std::string text = unittext(u);
         if (!opt_.raw &&
             !checkworkingcopy(u, config, input_, opt_.keepgoing, text, changes_, rep_)) {
             failed_ = true;
             return false;
         }
-        if (!opt_.raw)
-            text = prepareunit(u, text, config, input_, changes_, rep_);
+        if (!opt_.raw) {
+            std::vector<std::string> notes;
+            text = prepareunit(u, text, config, notes);
+            notecopychanges(notes);
+        }
         datatree_t *tree = nullptr;
         std::vector<std::string> lines = inmodule(opt_.trace, opt_.trace < 0, [&] {
             std::vector<char> fn(input_.c_str(), input_.c_str() + input_.size() + 1);
@@ -378,7 +381,8 @@ bool EdifactReading::next(UnitRead &out)
         });
         rep_.module(input_, lines);
         if (tree == nullptr) {
-            std::string where = units_.size() > 1 ? " (" + describeunit(u) + ")" : "";
+            std::string where =
+                units_.size() > 1 || cutting_.places.size() > 1 ? " (" + describeunit(u) + ")" : "";
             rep_.fail(input_, explainread(lines, text, opt_.raw) + where);
             freeenvelope(ev);
             failed_ = true;
@@ -392,7 +396,7 @@ bool EdifactReading::next(UnitRead &out)
             std::vector<Unit> parts = splitmessages(u);
             for (Unit &p : parts)
                 p.ownlayout = true;
-            units_.insert(units_.begin() + static_cast<long>(at_), parts.begin(), parts.end());
+            ahead_.insert(ahead_.begin(), parts.begin(), parts.end());
             continue;
         }
         if (reportleftout(input_, u, text, tree, config, opt_.keepgoing, changes_, rep_) &&
@@ -406,23 +410,63 @@ bool EdifactReading::next(UnitRead &out)
         out.unit = u;
         out.text = std::move(text);
         out.key = ev != nullptr && ev->servconftag != nullptr ? ev->servconftag : "";
-        out.charset = textcharset(out.unit, out.text);
+        out.charset = textcharset(out.unit, {out.text});
         freeenvelope(ev);
         return true;
     }
     return false;
 }
 
-std::string EdifactReading::textcharset(const Unit &unit, std::string_view text)
+void EdifactReading::notecopychanges(const std::vector<std::string> &notes)
+{
+    for (const std::string &n : notes) {
+        if (copychanges_ < maxcopychanges) {
+            rep_.change(input_, n);
+            changes_.push_back(n);
+        }
+        copychanges_++;
+    }
+}
+
+bool EdifactReading::takeunit(Unit &u)
+{
+    if (!ahead_.empty()) {
+        u = std::move(ahead_.front());
+        ahead_.pop_front();
+        return true;
+    }
+    if (cutat_ < cutting_.places.size()) {
+        u = messagepart(cutting_, cutat_++);
+        return true;
+    }
+    // Taken out of the list: the memory of a read stays that of the input
+    // and the copy being read.
+    if (at_ < units_.size()) {
+        u = std::move(units_[at_++]);
+        return true;
+    }
+    if (copychanges_ > maxcopychanges) {
+        std::string note = std::to_string(copychanges_ - maxcopychanges) +
+                           " more changes to working copies like those above are not listed "
+                           "(the first " + std::to_string(maxcopychanges) + " are)";
+        rep_.change(input_, note);
+        changes_.push_back(note);
+        copychanges_ = maxcopychanges;
+    }
+    return false;
+}
+
+std::string EdifactReading::textcharset(const Unit &unit,
+                                        const std::vector<std::string_view> &pieces)
 {
     auto known = charsets_.find(unit.interchange);
     if (known != charsets_.end())
         return known->second;
     std::string una, unb;
-    unitenvelope(unit, text, una, unb);
+    unitenvelope(unit, pieces.empty() ? std::string_view() : pieces[0], una, unb);
     std::string id = envelopevalues(una, unb, "").syntaxid;
     Charset declared = charsetofsyntax(id);
-    Charset used = detectcharset(text, declared);
+    Charset used = detectcharset(pieces, declared);
     if (used != declared && unit.interchange != utf8noted_) {
         utf8noted_ = unit.interchange;
         std::string note = describeunit(unit) + ": the syntax identifier " +

@@ -3,6 +3,7 @@
 #ifndef EDI_READINPUT_H
 #define EDI_READINPUT_H
 
+#include <deque>
 #include <map>
 #include <memory>
 #include <string>
@@ -71,7 +72,7 @@ private:
     // The set the copy's text is in: the one its syntax identifier declares,
     // or UTF-8 where that is a single-byte set but the text is UTF-8 (noted
     // once per interchange).
-    std::string textcharset(const Unit &unit, std::string_view text);
+    std::string textcharset(const Unit &unit, const std::vector<std::string_view> &pieces);
     int utf8noted_ = 0;
     std::map<int, std::string> charsets_;  // by interchange, once told
     std::vector<std::string> skipped_;
@@ -80,8 +81,22 @@ private:
     std::vector<datatree_t *> configs_;
     std::string input_;
     Report &rep_;
+    // The next copy to read, false at the end: first those put in front
+    // of the rest (a copy read again, cut in its messages), then the
+    // messages of the copy being cut, then the copies of the envelope.
+    bool takeunit(Unit &u);
+    // Notes what the preparation of a copy changed.  A change made to
+    // every message of a large interchange would be noted once per
+    // message: the first maxcopychanges are kept, the rest counted, so
+    // that the memory of a read does not grow with the number of messages.
+    void notecopychanges(const std::vector<std::string> &notes);
+    static constexpr size_t maxcopychanges = 1000;
+    size_t copychanges_ = 0;
     std::vector<Unit> units_;
     size_t at_ = 0;
+    std::deque<Unit> ahead_;
+    Unit cutting_;
+    size_t cutat_ = 0;
     bool failed_ = false;
     int messages_ = 0;
     std::vector<std::string> changes_;

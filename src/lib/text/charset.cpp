@@ -282,6 +282,20 @@ Charset detectcharset(std::string_view bytes, Charset declared)
     return multibyte ? Charset::utf8 : declared;
 }
 
+Charset detectcharset(const std::vector<std::string_view> &pieces, Charset declared)
+{
+    bool multibyte = false;
+    for (std::string_view p : pieces) {
+        Charset used = detectcharset(p, declared);
+        if (used != declared)
+            multibyte = true;
+        else if (declared != Charset::utf8 &&
+                 std::any_of(p.begin(), p.end(), [](char c) { return c & 0x80; }))
+            return declared;
+    }
+    return multibyte ? Charset::utf8 : declared;
+}
+
 Fit charfit(char32_t c, Charset cs)
 {
     bool digitorupper = (c >= '0' && c <= '9') || (c >= 'A' && c <= 'Z');

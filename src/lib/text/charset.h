@@ -94,6 +94,9 @@ std::string encodetext(std::string_view utf8, Charset cs,
 // set and every byte above 127 belongs to a well-formed UTF-8 sequence, at
 // least one of them; else `declared`.
 Charset detectcharset(std::string_view bytes, Charset declared);
+// The same for a text given in pieces, each of whole characters: UTF-8
+// only if every piece could be.
+Charset detectcharset(const std::vector<std::string_view> &pieces, Charset declared);
 
 // ---- code points
 

@@ -53,7 +53,8 @@ std::string messagetype(const std::vector<std::string> &els, const Syntax &sx)
 }
 
 struct Message {
-    std::string text, type;
+    MessagePlace place;
+    std::string type;
     int number = 0;
     std::string group;  // the UNG it stands in, as received; "" for none
     std::string groupend;  // the UNE that closes that group, as received
@@ -84,8 +85,103 @@ std::string describeunit(const Unit &u)
     return s;
 }
 
+namespace {
+
+// Adds the segment [begin, end) to a message's text.
+void addsegment(MessagePlace &p, size_t begin, size_t end)
+{
+    if (!p.ranges.empty() && p.ranges.back().second == begin)
+        p.ranges.back().second = end;
+    else
+        p.ranges.emplace_back(begin, end);
+}
+
+}  // namespace
+
 std::vector<Unit> prepareenvelope(const std::string &text, EnvelopeNotes &notes)
 {
+    // The text outlives the call, so the copies may point into it until
+    // each is put together.
+    std::shared_ptr<const std::string> shared(&text, [](const std::string *) {});
+    std::vector<Unit> units = prepareenvelope(shared, notes);
+    for (Unit &u : units) {
+        u.text = unittext(u);
+        u.source.reset();
+        u.places.clear();
+    }
+    return units;
+}
+
+std::string unittext(const Unit &u)
+{
+    if (u.source == nullptr)
+        return u.text;
+    size_t n = 0;
+    std::vector<std::string_view> pieces = unitpieces(u);
+    for (std::string_view p : pieces)
+        n += p.size();
+    std::string out;
+    out.reserve(n);
+    for (std::string_view p : pieces)
+        out += p;
+    return out;
+}
+
+std::vector<std::string_view> unitpieces(const Unit &u)
+{
+    std::vector<std::string_view> out{u.text};
+    if (u.source != nullptr) {
+        std::string_view src(*u.source);
+        for (const MessagePlace &p : u.places)
+            for (const auto &[b, e] : p.ranges)
+                out.push_back(src.substr(b, e - b));
+        out.push_back(u.unz);
+    }
+    return out;
+}
+
+bool cuttable(const Unit &u)
+{
+    if (u.source == nullptr || u.places.size() < 2)
+        return false;
+    for (const MessagePlace &p : u.places)
+        if (!p.closed)
+            return false;
+    return true;
+}
+
+Unit messagepart(const Unit &u, size_t m)
+{
+    // The part is the unit but for its message and groups, which are not
+    // copied whole for every message.
+    Unit one;
+    one.interchange = u.interchange;
+    one.msgtype = u.msgtype;
+    one.ownlayout = u.ownlayout;
+    one.una = u.una;
+    one.unb = u.unb;
+    one.unz = u.unz;
+    one.text = u.text;
+    one.source = u.source;
+    MessagePlace p;
+    p.begin = u.places[m].begin;
+    p.end = u.places[m].end;
+    p.closed = true;
+    p.ranges = {{p.begin, p.end}};
+    one.places = {p};
+    if (u.firstmsg > 0)
+        one.firstmsg = one.lastmsg = u.firstmsg + int(m);
+    if (m < u.groups.size())
+        one.groups = {u.groups[m]};
+    if (m < u.groupends.size())
+        one.groupends = {u.groupends[m]};
+    return one;
+}
+
+std::vector<Unit> prepareenvelope(std::shared_ptr<const std::string> source,
+                                  EnvelopeNotes &notes)
+{
+    const std::string &text = *source;
     // Segments are taken one at a time: a large interchange is not cut
     // into a list of all its segments first.
     {
@@ -112,18 +208,23 @@ std::vector<Unit> prepareenvelope(const std::string &text, EnvelopeNotes &notes)
     };
     SegmentReader reader(text);
     for (Segment s; reader.next(s);) {
-        std::string seg = text.substr(s.begin, s.end - s.begin);
+        const std::string_view seg = std::string_view(text).substr(s.begin, s.end - s.begin);
         if (s.tag == "UNA") {
             una = seg;
             continue;
         }
-        std::vector<std::string> els = elementsof(segmentbody(text, s), s.sx);
+        // The elements of the segments this pass looks into only: the
+        // segments of the messages are just passed over.
+        std::vector<std::string> els;
+        if (s.tag == "UNB" || s.tag == "UNG" || s.tag == "UNE" || s.tag == "UNZ" ||
+            s.tag == "UNH")
+            els = elementsof(segmentbody(text, s), s.sx);
         if (s.tag == "UNB") {
             if (!ics.empty() && ics.back().tail.empty())
                 fault("no trailer UNZ before the next UNB; the interchange is incomplete");
             ics.emplace_back();
             std::string fixed = fixunb(els, s, notes);
-            ics.back().head = una + (fixed.empty() ? seg : fixed);
+            ics.back().head = una + (fixed.empty() ? std::string(seg) : fixed);
             ics.back().una = una;
             ics.back().unb = seg;
             ics.back().reference = element(els, 5);
@@ -170,13 +271,19 @@ std::vector<Unit> prepareenvelope(const std::string &text, EnvelopeNotes &notes)
             m.type = messagetype(els, s.sx);
             m.number = ++notes.messages;
             m.group = ic.ungseg;
+            m.place.begin = s.begin;
             ic.messages.push_back(m);
             inmessage = true;
         }
         if (inmessage || !ic.messages.empty())
-            ic.messages.back().text += seg;
+            addsegment(ic.messages.back().place, s.begin, s.end);
         else
             ic.head += seg;
+        if (s.tag == "UNT" && inmessage) {
+            MessagePlace &p = ic.messages.back().place;
+            p.closed = true;
+            p.end = s.end;
+        }
         if (s.tag == "UNT")
             inmessage = false;
     }
@@ -194,7 +301,7 @@ std::vector<Unit> prepareenvelope(const std::string &text, EnvelopeNotes &notes)
 
     std::vector<Unit> units;
     for (size_t i = 0; i < ics.size(); i++) {
-        const Interchange &ic = ics[i];
+        Interchange &ic = ics[i];
         if (ic.messages.empty()) {
             if (ics.size() == 1) {
                 Unit u;
@@ -215,19 +322,19 @@ std::vector<Unit> prepareenvelope(const std::string &text, EnvelopeNotes &notes)
             u.msgtype = ic.messages[k].type;
             u.firstmsg = ic.messages[k].number;
             u.text = ic.head;
+            u.source = source;
             u.una = ic.una;
             u.unb = ic.unb;
             size_t e = k;
             while (e < ic.messages.size() && ic.messages[e].type == u.msgtype) {
-                u.text += ic.messages[e].text;
+                u.places.push_back(std::move(ic.messages[e].place));
                 u.groups.push_back(ic.messages[e].group);
                 u.groupends.push_back(ic.messages[e].groupend);
                 u.lastmsg = ic.messages[e].number;
                 e++;
             }
-            u.text += ic.tail;
             u.unz = ic.tail;
-            units.push_back(u);
+            units.push_back(std::move(u));
             k = e;
         }
     }

@@ -1,5 +1,7 @@
 #include "text/transport.h"
 
+#include <string.h>
+
 #include "text/segments.h"
 
 namespace edi {
@@ -23,39 +25,56 @@ bool filler(char c, const Syntax &sx)
 // the width, or 0 for a file that is not wrapped.
 size_t wrapwidth(std::string_view in)
 {
-    std::string joined;
-    std::vector<std::string_view> lines;
-    for (size_t pos = 0; pos < in.size();) {
+    // The lines one at a time, with their line ends ("\n" or "\r\n") off:
+    // a large file is neither copied nor listed.
+    size_t pos = 0;
+    auto nextline = [&in, &pos](std::string_view &line) {
+        if (pos >= in.size())
+            return false;
         size_t nl = in.find('\n', pos);
         size_t end = nl == std::string_view::npos ? in.size() : nl;
-        std::string_view line = in.substr(pos, end - pos);
+        line = in.substr(pos, end - pos);
         if (!line.empty() && line.back() == '\r')
             line.remove_suffix(1);
-        lines.push_back(line);
-        joined.append(line);
         pos = nl == std::string_view::npos ? in.size() : nl + 1;
-    }
-    if (!lines.empty() && lines.back().empty())
-        lines.pop_back();
-    if (lines.size() < 3)
-        return 0;
+        return true;
+    };
+    // The service characters from the first bytes of the joined lines.
+    std::string head;
+    std::string_view line;
+    while (head.size() < 9 && nextline(line))
+        head.append(line.substr(0, 9 - head.size()));
+    const Syntax sx = syntaxof(head);
     // A line's width in bytes, or in characters of UTF-8 text (the wrapping
     // program may have counted either).
-    auto fits = [](std::string_view line, size_t width) {
+    auto fits = [](std::string_view l, size_t width) {
         size_t chars = 0;
-        for (char c : line)
+        for (char c : l)
             chars += (static_cast<unsigned char>(c) & 0xC0) != 0x80;
-        return line.size() == width || chars == width;
+        return l.size() == width || chars == width;
     };
-    Syntax sx = syntaxof(joined);
-    size_t width = lines[0].size();
+    // How many lines there are: an empty line at the very end is none.
+    pos = 0;
+    size_t lines = 0;
+    while (nextline(line))
+        lines++;
+    if (lines > 0 && line.empty())
+        lines--;
+    if (lines < 3)
+        return 0;
+    pos = 0;
+    size_t width = 0;
     bool inside = false;
-    for (size_t i = 0; i + 1 < lines.size(); i++) {
-        if (!fits(lines[i], width) || width == 0)
+    for (size_t i = 0; i < lines && nextline(line); i++) {
+        if (i == 0)
+            width = line.size();
+        if (i + 1 == lines)
+            return inside && line.size() <= width ? width : 0;
+        if (width == 0 || !fits(line, width))
             return 0;
-        inside = inside || lines[i].back() != sx.seg;
+        inside = inside || line.back() != sx.seg;
     }
-    return inside && lines.back().size() <= width ? width : 0;
+    return 0;
 }
 
 }  // namespace
@@ -75,34 +94,38 @@ std::vector<std::string> TransportNotes::describe() const
     return out;
 }
 
-std::string striptransport(const std::string &bytes, TransportNotes &notes)
+std::string striptransport(std::string bytes, TransportNotes &notes)
 {
+    // Bytes are only ever taken out, so the text is compacted where it
+    // stands: `w` writes behind `i` reads, and a large input is not copied.
     size_t pos = 0;
     if (bytes.compare(0, 3, "\xEF\xBB\xBF") == 0) {
         notes.bom = true;
         pos = 3;
     }
-    std::string_view in(bytes);
-    in.remove_prefix(pos);
     // Line ends or blanks in front of the header.
-    size_t lead = 0;
-    while (lead < in.size() && spacing(in[lead], Syntax()))
-        lead++;
-    notes.between += lead;
-    in.remove_prefix(lead);
-    std::string unwrapped;
-    if ((notes.wrapped = wrapwidth(in)) > 0) {
-        for (char c : in)
-            if (c != '\r' && c != '\n')
-                unwrapped += c;
-        in = unwrapped;
+    while (pos < bytes.size() && spacing(bytes[pos], Syntax())) {
+        notes.between++;
+        pos++;
     }
+    size_t w = 0;
+    if ((notes.wrapped = wrapwidth(std::string_view(bytes).substr(pos))) > 0) {
+        for (size_t k = pos; k < bytes.size(); k++)
+            if (bytes[k] != '\r' && bytes[k] != '\n')
+                bytes[w++] = bytes[k];
+        bytes.resize(w);
+        pos = 0;
+    }
+    std::string_view in = std::string_view(bytes).substr(pos);
+    auto keep = [&bytes, &w, &in](size_t from, size_t n) {
+        memmove(&bytes[w], in.data() + from, n);
+        w += n;
+    };
     Syntax sx;
-    std::string out;
-    out.reserve(in.size());
     size_t i = 0;
+    w = 0;
     // Segment by segment: spacing in front of a tag goes, the segment is
-    // copied up to and with its unreleased terminator.
+    // kept up to and with its unreleased terminator.
     while (i < in.size()) {
         size_t j = i;
         while (j < in.size() && spacing(in[j], sx))
@@ -111,7 +134,7 @@ std::string striptransport(const std::string &bytes, TransportNotes &notes)
             // A service string advice: its characters hold from here on.
             sx = syntaxof(in.substr(j));
             notes.between += j - i;
-            out.append(in.substr(j, 9));
+            keep(j, 9);
             i = j + 9;
             continue;
         }
@@ -128,15 +151,16 @@ std::string striptransport(const std::string &bytes, TransportNotes &notes)
                 notes.trailing += in.size() - i;
             } else {
                 notes.between += j - i;
-                out.append(in.substr(j));
+                keep(j, in.size() - j);
             }
             break;
         }
         notes.between += j - i;
-        out.append(in.substr(j, end + 1 - j));
+        keep(j, end + 1 - j);
         i = end + 1;
     }
-    return out;
+    bytes.resize(w);
+    return bytes;
 }
 
 }  // namespace edi

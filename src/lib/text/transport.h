@@ -23,7 +23,9 @@ struct TransportNotes {
 // blanks, line ends, NUL and Ctrl-Z behind the last terminator go.  A file
 // wrapped at a fixed width (all lines but the last of one length, line
 // ends inside segments) loses every line end.
-std::string striptransport(const std::string &bytes, TransportNotes &notes);
+// The text is taken by value: a caller that moves its input in gets it
+// back compacted, without a second copy.
+std::string striptransport(std::string bytes, TransportNotes &notes);
 
 }  // namespace edi
 
