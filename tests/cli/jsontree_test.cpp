@@ -5,8 +5,12 @@
 #include <stdlib.h>
 
 #include <string>
+#include <vector>
+
+#include <nlohmann/json.hpp>
 
 #include "findings/report.h"
+#include "trees/jsoncharset.h"
 #include "trees/jsontree.h"
 #include "testsupport.h"
 
@@ -70,6 +74,22 @@ TEST(JsonTree, EveryByteOfNamesAndValuesSurvivesAndNullStaysApartFromEmpty)
     EXPECT_EQ(back->child->parent, back);
     freedatatree(tree);
     freedatatree(back);
+}
+
+// Texts are quoted exactly as the JSON library quotes them: every byte
+// alone and amid others, in ISO 8859-1 (the documents' default) and as
+// UTF-8 sequences the decoding keeps.
+TEST(JsonTree, TextsQuotedAsTheJsonLibraryQuotesThem)
+{
+    std::vector<std::string> texts = {"", "plain", "a\"b\\c/d", "\x7f", "caf\xc3\xa9"};
+    for (int b = 1; b < 256; b++) {
+        texts.push_back(std::string(1, static_cast<char>(b)));
+        texts.push_back("x" + std::string(1, static_cast<char>(b)) + "y");
+    }
+    for (const std::string &t : texts) {
+        SCOPED_TRACE(t);
+        EXPECT_EQ(edi::jsonquote(t.c_str()), nlohmann::json(edi::jsontext(t.c_str())).dump());
+    }
 }
 
 TEST(JsonTree, AChainOfRootsIsAnArrayAndComesBackAsAChain)

@@ -145,7 +145,7 @@ std::vector<Unit> ownlayouts(std::vector<Unit> units, Generated &gen,
 // as the module shall read it: release characters it would misread
 // rewritten, composites without component separator given one.  What was
 // changed is added to `notes`.
-std::string prepareunit(const Unit &u, const std::string &copy, const datatree_t *config,
+std::string prepareunit(const Unit &u, const std::string &copy, const CompositePlaces &composites,
                         std::vector<std::string> &notes)
 {
     bool changed = false;
@@ -157,7 +157,7 @@ std::string prepareunit(const Unit &u, const std::string &copy, const datatree_t
                         "' (declared in UNA), because a released release character stands "
                         "in front of a separator, which the reader would take as released");
     size_t padded = 0;
-    text = padcomposites(text, config, padded);
+    text = padcomposites(text, composites, padded);
     if (padded > 0)
         notes.push_back(describeunit(u) + ": " + std::to_string(padded) + " element" +
                         (padded == 1 ? "" : "s") +
@@ -363,7 +363,7 @@ bool EdifactReading::next(UnitRead &out)
         }
         if (!opt_.raw) {
             std::vector<std::string> notes;
-            text = prepareunit(u, text, config, notes);
+            text = prepareunit(u, text, compositesof(config, u.ownlayout), notes);
             notecopychanges(notes);
         }
         datatree_t *tree = nullptr;
@@ -415,6 +415,18 @@ bool EdifactReading::next(UnitRead &out)
         return true;
     }
     return false;
+}
+
+const CompositePlaces &EdifactReading::compositesof(const datatree_t *config, bool own)
+{
+    // A layout taken from a message is freed with it, and its address may
+    // come again for another: it is looked at afresh every time.
+    if (own)
+        return owncomposites_ = compositeplaces(config);
+    auto it = composites_.find(config);
+    if (it == composites_.end())
+        it = composites_.emplace(config, compositeplaces(config)).first;
+    return it->second;
 }
 
 void EdifactReading::notecopychanges(const std::vector<std::string> &notes)

@@ -14,6 +14,7 @@
 #include "findings/report.h"
 #include "module/module.h"
 #include "settings.h"
+#include "text/compositepad.h"
 #include "text/envelope.h"
 
 namespace edi {
@@ -90,6 +91,11 @@ private:
     // message: the first maxcopychanges are kept, the rest counted, so
     // that the memory of a read does not grow with the number of messages.
     void notecopychanges(const std::vector<std::string> &notes);
+    // The composite places of a configuration, taken once per
+    // configuration of the read (`own`: a layout taken from one message).
+    const CompositePlaces &compositesof(const datatree_t *config, bool own);
+    std::map<const datatree_t *, CompositePlaces> composites_;
+    CompositePlaces owncomposites_;
     static constexpr size_t maxcopychanges = 1000;
     size_t copychanges_ = 0;
     std::vector<Unit> units_;

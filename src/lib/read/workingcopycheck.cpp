@@ -1,6 +1,7 @@
 #include "read/workingcopycheck.h"
 
 #include "directory/repeats.h"
+#include "read/readinput.h"
 #include "text/envelopevalues.h"
 #include "text/repetitions.h"
 #include "text/segments.h"
@@ -24,6 +25,12 @@ bool placerepetitions(const Unit &u, const datatree_t *config, const std::string
     // A layout taken from the message has no repeated places: its values
     // keep their repetition separators.
     if (u.ownlayout)
+        return true;
+    // Without a repetition separator (syntax versions before 4) there is
+    // nothing to place, and the configuration is not walked for it.
+    std::string una, unb;
+    unitenvelope(u, text, una, unb);
+    if (repetitionseparator(una, unb) == 0)
         return true;
     RepetitionLayout layout = repetitionlayout(config);
     std::map<std::string, std::vector<int>> maxima;

@@ -10,11 +10,7 @@ namespace edi {
 
 namespace {
 
-// Per segment tag, the element positions (1 = first behind the tag) that
-// are composite in every tag node of that tag.
-using Composites = std::map<std::string, std::vector<bool>>;
-
-void collect(const datatree_t *config, Composites &out)
+void collect(const datatree_t *config, CompositePlaces &out)
 {
     eachtagnode(config, [&out](const std::string &tag, const datatree_t *n) {
         std::vector<bool> mine{false};
@@ -33,13 +29,26 @@ void collect(const datatree_t *config, Composites &out)
 
 }  // namespace
 
+CompositePlaces compositeplaces(const datatree_t *config)
+{
+    CompositePlaces places;
+    if (config != nullptr)
+        collect(config, places);
+    return places;
+}
+
 std::string padcomposites(const std::string &text, const datatree_t *config, size_t &count)
 {
     count = 0;
     if (config == nullptr)
         return text;
-    Composites composites;
-    collect(config, composites);
+    return padcomposites(text, compositeplaces(config), count);
+}
+
+std::string padcomposites(const std::string &text, const CompositePlaces &composites,
+                          size_t &count)
+{
+    count = 0;
     std::string out;
     out.reserve(text.size() + text.size() / 16);
     for (const Segment &s : cutsegments(text)) {

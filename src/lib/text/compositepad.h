@@ -10,7 +10,9 @@
 #ifndef EDI_COMPOSITEPAD_H
 #define EDI_COMPOSITEPAD_H
 
+#include <map>
 #include <string>
+#include <vector>
 
 #include "ediprot.h"
 
@@ -22,6 +24,14 @@ namespace edi {
 // as it is (the reader keeps it whole).  `count` receives the number of
 // elements changed.
 std::string padcomposites(const std::string &text, const datatree_t *config, size_t &count);
+
+// Per segment tag, the element positions (1 = first behind the tag) that
+// are composite in every tag node of that tag: what padcomposites looks
+// up, taken from a configuration once for all the messages read with it.
+using CompositePlaces = std::map<std::string, std::vector<bool>>;
+CompositePlaces compositeplaces(const datatree_t *config);
+std::string padcomposites(const std::string &text, const CompositePlaces &places,
+                          size_t &count);
 
 }  // namespace edi
 

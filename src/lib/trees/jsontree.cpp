@@ -200,9 +200,48 @@ std::string fullnodes(const datatree_t *tree, int indent)
     return arr.dump(indent, ' ');
 }
 
+namespace {
+
+// UTF-8 text as a JSON string literal, escaped as the JSON library escapes
+// it (\" \\ \b \f \n \r \t, other control characters \u00xx), without
+// building a JSON value for every text of a tree.
+void appendquoted(std::string &out, std::string_view utf8)
+{
+    static const char hex[] = "0123456789abcdef";
+    out += '"';
+    for (char ch : utf8) {
+        const auto c = static_cast<unsigned char>(ch);
+        switch (c) {
+        case '"': out += "\\\""; break;
+        case '\\': out += "\\\\"; break;
+        case '\b': out += "\\b"; break;
+        case '\f': out += "\\f"; break;
+        case '\n': out += "\\n"; break;
+        case '\r': out += "\\r"; break;
+        case '\t': out += "\\t"; break;
+        default:
+            if (c < 0x20) {
+                out += "\\u00";
+                out += hex[c >> 4];
+                out += hex[c & 15];
+            } else {
+                out += ch;
+            }
+        }
+    }
+    out += '"';
+}
+
+}  // namespace
+
 std::string jsonquote(const char *text)
 {
-    return json(bytestoutf8(text)).dump();
+    std::string out;
+    if (text == nullptr || allascii(text))
+        appendquoted(out, text != nullptr ? text : "");
+    else
+        appendquoted(out, bytestoutf8(text));
+    return out;
 }
 
 std::string treetojson(const datatree_t *tree, const char *key, const JsonMeta &meta, int indent)
