@@ -86,6 +86,9 @@ TEST(Readseg, GivesEveryMalformedSegmentTextADefinedNode)
         {0, "\n", "$\\n001_D{CDE=\"\"}"},
         {998, "UNT+5+1", "$UNT999_D{DST=\"5\" DST=\"1\"}"},
         {999, "UNT+5+1", "$UNT1000_D{DST=\"5\" DST=\"1\"}"},
+        {9, "UNT+5+1", "$UNT010_D{DST=\"5\" DST=\"1\"}"},
+        {99, "UNT+5+1", "$UNT100_D{DST=\"5\" DST=\"1\"}"},
+        {99999, "UNT+5+1", "$UNT100000_D{DST=\"5\" DST=\"1\"}"},
     };
     for (const auto &c : cases)
         EXPECT_EQ(readone(c), c.expected) << testing::PrintToString(c.text);

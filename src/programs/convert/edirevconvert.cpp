@@ -14,7 +14,7 @@ namespace ediprot {
 
 namespace {
 
-// The result of the last call; cleared at every call.
+// The result of the last call; emptied at every call.
 char buf[kTextMax];
 
 // Copies `udata` into `out` without its release characters: a character
@@ -33,6 +33,14 @@ void unescape(const unsigned char *udata, char *out)
         *op++ = static_cast<char>(*ip);
     }
     *op = '\0';
+}
+
+// `text` into the result, cut to its last character that fits.
+void copycut(const char *text)
+{
+    const size_t n = strnlen(text, sizeof buf - 1);
+    memcpy(buf, text, n);
+    buf[n] = '\0';
 }
 
 // YYMMDD to DD.MM.20YY.  A day of 00 becomes 01 and the month's units digit
@@ -80,7 +88,7 @@ void date(const char *data)
 {
     size_t n = strnlen(data, 8);
     if (memchr(data, '-', n) != nullptr) {
-        snprintf(buf, sizeof buf, "%s", data);
+        copycut(data);
         return;
     }
     snprintf(buf, sizeof buf, "%4.4s-%2.2s-%2.2s", data, data + 4, data + 6);
@@ -90,7 +98,8 @@ void date(const char *data)
 
 char *edirevconvert(datatree_t *ep, unsigned char *udata)
 {
-    memset(buf, 0, sizeof buf);
+    // Every conversion ends its text; one that gives none leaves this.
+    buf[0] = '\0';
     if (udata == nullptr)
         return buf;
     // The field may hold any int that the host put there: read it as one.
@@ -118,7 +127,7 @@ char *edirevconvert(datatree_t *ep, unsigned char *udata)
     default:
         // The decimal mark stays what it is in the file.  A value beyond the
         // buffer is cut to its last character that fits.
-        snprintf(buf, sizeof buf, "%s", data);
+        copycut(data);
         break;
     }
     free(data);

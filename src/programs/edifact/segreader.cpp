@@ -10,6 +10,32 @@
 
 namespace ediprot {
 
+namespace {
+
+// "$<name><count>_D", the count of at least three digits: made for every
+// segment read, so put together without a format to interpret.
+char *segmentname(const char *name, int count)
+{
+    const size_t n = strlen(name);
+    if (n > 16 || count < 0)
+        return EDI_MSPRINTF("$%s%03d_D", name, count);
+    char digits[16];
+    int d = 0;
+    for (unsigned v = static_cast<unsigned>(count); v > 0 || d < 3; v /= 10)
+        digits[d++] = static_cast<char>('0' + v % 10);
+    char out[40];
+    size_t at = 0;
+    out[at++] = '$';
+    memcpy(out + at, name, n);
+    at += n;
+    while (d > 0)
+        out[at++] = digits[--d];
+    memcpy(out + at, "_D", 3);
+    return EDI_STRSAV(out);
+}
+
+}  // namespace
+
 // A new node.  With a `name` it is a segment node "$<name><tagcnt>_D" and
 // raises tagcnt; otherwise it is called `what`.  `value` becomes its data.
 datatree_t *mknode(const char *what, const char *name, const char *value)
@@ -20,7 +46,7 @@ datatree_t *mknode(const char *what, const char *name, const char *value)
     datatree_t *tp = newnode();
     if (name != nullptr) {
         tagcnt++;
-        tp->xmltag = EDI_MSPRINTF("$%s%03d_D", name, tagcnt);
+        tp->xmltag = segmentname(name, tagcnt);
         tp->iseditag = 1;
     } else {
         tp->xmltag = EDI_STRSAV(what);
