@@ -42,6 +42,11 @@ void resetfill();
 // configuration chain `conf`, prunes it and numbers its loops.  Returns the
 // copy: the message's node, then empty copies of conf's siblings.
 datatree_t *fillmessage(datatree_t *conf, datatree_t *first);
+// Links every node below the result's root `head` to its parent.  The
+// fill links the nodes of each message; behind `lastmsg`, the last message
+// filled, the copies of the configuration root's further children are
+// linked here.
+void linkheads(datatree_t *head, const datatree_t *lastmsg);
 // The chain `chain` below the result's root is about to be freed.
 void forgetheads(const datatree_t *chain);
 // Numbers the nodes directly below the result's root after `conf`, the

@@ -92,7 +92,7 @@ EDIPROT_API datatree_t *edifactread(char *fn, envelope_t **evpp,
     servconf_t *curcf = nullptr;
     datatree_t *lochead = nullptr;
     datatree_t *cfroot = nullptr;
-    datatree_t *head = nullptr;
+    datatree_t *head = nullptr, *lastmsg = nullptr;
 
     TRACE(2, "edifactread <%s>\n", fn);
     fp = tmpfopen(fn, const_cast<char *>("r"));
@@ -205,7 +205,7 @@ EDIPROT_API datatree_t *edifactread(char *fn, envelope_t **evpp,
             fprintf(stderr, "edifactread: copysubtree failed\n");
             goto error;
         }
-        *drun = fillmessage(cfroot->child, xxp->child);
+        *drun = lastmsg = fillmessage(cfroot->child, xxp->child);
         drun = &(*drun)->next;
         // The message's segments are in its copy now.  Unless the dump of
         // docs below is to show them, they go at once, so that the flat
@@ -220,7 +220,7 @@ EDIPROT_API datatree_t *edifactread(char *fn, envelope_t **evpp,
     TRACE_DUMP(3, head);
     TRACE(2, "edifactread: before emptyloop end\n");
 
-    setparents(head, 0);
+    linkheads(head, lastmsg);
     searchemptyloop(&head->child);
     numberheads(cfroot->child, head->child);
     resetfill();

@@ -61,7 +61,21 @@ datatree_t *fillmessage(datatree_t *conf, datatree_t *first)
     if (conf->xmltag[0] != '$' && conf->child != nullptr)
         numberloops(conf->child, msg->child, pending::origin, true);
     freeremoved(removed);
+    // Every node of the message knows its parent while the message is
+    // still in the cache; the whole result is not walked again for it.
+    setparents(msg, 0);
     return msg;
+}
+
+void linkheads(datatree_t *head, const datatree_t *lastmsg)
+{
+    bool behind = lastmsg == nullptr;
+    for (datatree_t *tp = head->child; tp != nullptr; tp = tp->next) {
+        tp->parent = head;
+        if (behind)
+            setparents(tp, 0);
+        behind = behind || tp == lastmsg;
+    }
 }
 
 void numberheads(const datatree_t *conf, datatree_t *data)
