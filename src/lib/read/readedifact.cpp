@@ -356,13 +356,16 @@ bool EdifactReading::next(UnitRead &out)
         }
         envelope_t *ev = nullptr;
         std::string text = unittext(u);
-        if (!opt_.raw &&
-            !checkworkingcopy(u, config, input_, opt_.keepgoing, text, changes_, rep_)) {
-            failed_ = true;
-            return false;
-        }
         if (!opt_.raw) {
             std::vector<std::string> notes;
+            const bool ok = checkworkingcopy(u, config, input_, opt_.keepgoing, text, changes_,
+                                             notes, rep_);
+            notecopychanges(notes);
+            if (!ok) {
+                failed_ = true;
+                return false;
+            }
+            notes.clear();
             text = prepareunit(u, text, compositesof(config, u.ownlayout), notes);
             notecopychanges(notes);
         }

@@ -20,7 +20,7 @@ std::string plural(size_t n, const std::string &what)
 // none.
 bool placerepetitions(const Unit &u, const datatree_t *config, const std::string &input,
                       bool keepgoing, std::string &text, std::vector<std::string> &changes,
-                      Report &rep)
+                      std::vector<std::string> &copynotes, Report &rep)
 {
     // A layout taken from the message has no repeated places: its values
     // keep their repetition separators.
@@ -50,8 +50,7 @@ bool placerepetitions(const Unit &u, const datatree_t *config, const std::string
             plural(notes.segments, "segment") +
             " with places of repeated elements, those not used left empty where elements "
             "follow, so that every element keeps its own place";
-        rep.change(input, note);
-        changes.push_back(note);
+        copynotes.push_back(note);
     }
     std::string ref = envelopevalues(u.una, u.unb, "").controlref;
     size_t extra = 0;
@@ -136,10 +135,10 @@ bool dropbadtags(const Unit &u, const std::string &input, bool keepgoing, std::s
 
 bool checkworkingcopy(const Unit &u, const datatree_t *config, const std::string &input,
                       bool keepgoing, std::string &text, std::vector<std::string> &changes,
-                      Report &rep)
+                      std::vector<std::string> &copynotes, Report &rep)
 {
     return dropbadtags(u, input, keepgoing, text, changes, rep) &&
-           placerepetitions(u, config, input, keepgoing, text, changes, rep);
+           placerepetitions(u, config, input, keepgoing, text, changes, copynotes, rep);
 }
 
 }  // namespace edi

@@ -18,10 +18,11 @@ namespace edi {
 // `text` (the working copy of `u`, read with `config`) with its repeated
 // elements on their places and without segments of a bad tag; false when
 // the read must stop (repetitions or segments left out and no
-// `keepgoing`).  Findings name `input`.
+// `keepgoing`).  Findings name `input`; what is left out is added to
+// `changes`, what was changed to `notes`, for the caller to record.
 bool checkworkingcopy(const Unit &u, const datatree_t *config, const std::string &input,
                       bool keepgoing, std::string &text, std::vector<std::string> &changes,
-                      Report &rep);
+                      std::vector<std::string> &notes, Report &rep);
 
 }  // namespace edi
 
