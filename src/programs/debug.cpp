@@ -5,18 +5,6 @@
 
 namespace ediprot {
 
-bool trace_on(int level)
-{
-    unsigned top = static_cast<unsigned>(tracelevel) >> 28;
-    return level >= 0 && top > static_cast<unsigned>(level);
-}
-
-bool trace_low_on(int level)
-{
-    unsigned low = static_cast<unsigned>(tracelevel) & 0xFu;
-    return level >= 0 && low > static_cast<unsigned>(level);
-}
-
 void trace_prefix(int line)
 {
     struct timeval tv;

@@ -15,9 +15,18 @@
 namespace ediprot {
 
 // True when a trace point of `level` is to write (top four bits of tracelevel).
-bool trace_on(int level);
+// Inline: the writers pass trace points millions of times.
+inline bool trace_on(int level)
+{
+    unsigned top = static_cast<unsigned>(tracelevel) >> 28;
+    return level >= 0 && top > static_cast<unsigned>(level);
+}
 // True for the one trace point that looks at the low four bits instead.
-bool trace_low_on(int level);
+inline bool trace_low_on(int level)
+{
+    unsigned low = static_cast<unsigned>(tracelevel) & 0xFu;
+    return level >= 0 && low > static_cast<unsigned>(level);
+}
 // Writes the trace prefix for source line `line` to stderr.
 void trace_prefix(int line);
 

@@ -2,6 +2,9 @@
 // characters and release characters.
 #include <gtest/gtest.h>
 
+#include <random>
+#include <string>
+
 #include "text/minimal.h"
 
 namespace {
@@ -27,6 +30,34 @@ TEST(MinimalForm, TrailingEmptiesGoAndNothingElse)
         size_t n = 99;
         EXPECT_EQ(edi::minimalform(c.in, n), c.out) << c.in;
         EXPECT_EQ(n, c.changed) << c.in;
+    }
+}
+
+// The one pass over a segment's bytes against the segment cut into lists
+// of elements and components, on seeded random segments over few
+// characters: service characters, release runs, empties anywhere, UNAs
+// that change them (some letting two of them coincide), a last piece
+// without terminator.
+TEST(MinimalForm, OnePassShapesAsTheListsDo)
+{
+    std::mt19937 rng(7);
+    const char alphabet[] = "AB:+?'*#!";
+    for (int c = 0; c < 20000; c++) {
+        std::string text;
+        if (rng() % 4 == 0) {
+            // Service characters from the alphabet, at times two alike.
+            std::string una = "UNA";
+            for (int k = 0; k < 6; k++)
+                una += alphabet[rng() % (sizeof alphabet - 1)];
+            text += una;
+        }
+        for (unsigned len = rng() % 40; len > 0; len--)
+            text += alphabet[rng() % (sizeof alphabet - 1)];
+        size_t fast = 0, plain = 0;
+        std::string a = edi::minimalform(text, fast);
+        std::string b = edi::minimalform(text, plain, true);
+        ASSERT_EQ(a, b) << text;
+        ASSERT_EQ(fast, plain) << text;
     }
 }
 

@@ -4,8 +4,11 @@
 //   - edifactwrite and vdawrite on generated configurations and data trees
 //     (loop numbers missing or repeated, partial paths, sibling loops of
 //     one name, names at several depths, missing mandatory elements,
-//     defaults and default functions): return value, output, stderr;
-//   - vdaread with and without its record index: tree and stderr.
+//     defaults and default functions, a name with a '.', a parent link
+//     that is not the node above): return value, output, stderr; the
+//     indexed run also goes down the walk's path scopes (tree/pathscope.h);
+//   - vdaread with and without its record index: tree and stderr;
+//   - libedi's model of the writers' walk with and without path scopes.
 // The index threshold is drawn per case, so short chains are indexed too.
 // EDIPROT_PROP_SEED / EDIPROT_PROP_CASES choose seed and number of cases.
 #include <gtest/gtest.h>
@@ -20,6 +23,7 @@
 #include "testsupport.h"
 #include "tree/loopindex.h"
 #include "tree/tree.h"
+#include "trees/unwritten.h"
 #include "vda/recordindex.h"
 
 namespace {
@@ -73,7 +77,8 @@ struct Gen {
     {
         static const char *const names[] = {"e", "f", "G"};
         static const char *const funcs[] = {"unhcnt", "seccnt", "nosuch"};
-        datatree_t *tp = mk(pick(names));
+        // "e.f" is one name in the tree but two in its path.
+        datatree_t *tp = mk(p(2) ? "e.f" : pick(names));
         for (datatree_t **cp = &tp->child; components > 0; components--, cp = &(*cp)->next)
             *cp = element(0);
         tp->edimaxlen = p(80) ? 35 : 0;
@@ -114,6 +119,18 @@ struct Gen {
     }
 };
 
+// The first tag node below `tp`, depth first.
+datatree_t *firsttag(datatree_t *tp)
+{
+    for (datatree_t *c = tp->child; c != nullptr; c = c->next) {
+        if (c->xmltag[0] == '$')
+            return c;
+        if (datatree_t *t = firsttag(c))
+            return t;
+    }
+    return nullptr;
+}
+
 // One writer call; the UNB date and time are blanked.
 testsupport::Written write(bool edifact, datatree_t *tree, datatree_t *cf, size_t indexmin)
 {
@@ -136,6 +153,13 @@ TEST(IndexDifferential, WritersWriteAsWithThePlainLookup)
     for (unsigned long c = 0; c < kCases; c++) {
         datatree_t *cf = g.mk("R", g.config(0));
         setparents(cf, 0);
+        // An element whose parent link is the root: its path is then not
+        // the names the walk goes down.  (Not a loop's: a loop whose path
+        // leaves its loop numbers unread finds an instance for every
+        // number.)
+        if (g.p(10))
+            if (datatree_t *tag = firsttag(cf))
+                tag->child->parent = cf;
         int next = 1;
         datatree_t *data = g.mk(g.p(95) ? "R" : "X", g.data(cf->child, &next));
         setparents(data, 0);
@@ -186,6 +210,46 @@ TEST(IndexDifferential, LookupAnswersAsThePlainWalk)
         freedatatree(data);
     }
     ediprot::loopindex_setmin(ediprot::kLoopIndexMin);
+}
+
+// libedi's model of the writers' walk (src/lib/trees/unwritten.cpp), which
+// names the values a write would leave out, keeps path scopes as the
+// writers do: on the same generated cases it must find the values that its
+// walk from the root finds, in the same order, each with the same
+// configuration node; and its quick answer that every value is written
+// must never hide a value the full comparison names.
+TEST(IndexDifferential, LibraryWalkReadsAsFromTheRoot)
+{
+    Gen g;
+    unsigned long allwritten = 0;
+    for (unsigned long c = 0; c < kCases; c++) {
+        datatree_t *cf = g.mk("R", g.config(0));
+        setparents(cf, 0);
+        int next = 1;
+        datatree_t *data = g.mk(g.p(95) ? "R" : "X", g.data(cf->child, &next));
+        setparents(data, 0);
+        for (edi::Writer w : {edi::Writer::edifact, edi::Writer::vda}) {
+            SCOPED_TRACE(testing::Message() << "seed " << kSeed << " case " << c
+                                            << (w == edi::Writer::edifact ? " edifact" : " vda")
+                                            << "\n" << testsupport::dump(cf)
+                                            << testsupport::dump(data));
+            const std::vector<edi::Written> plain = edi::writerreads(data, cf, w, true);
+            const std::vector<edi::Written> scoped = edi::writerreads(data, cf, w);
+            ASSERT_EQ(scoped.size(), plain.size());
+            for (size_t k = 0; k < plain.size(); k++) {
+                ASSERT_EQ(scoped[k].node, plain[k].node) << "value " << k;
+                ASSERT_EQ(scoped[k].config, plain[k].config) << "value " << k;
+            }
+            if (edi::writesall(data, cf, w)) {
+                allwritten++;
+                ASSERT_TRUE(edi::unwritten(data, plain).empty());
+            }
+        }
+        freedatatree(cf);
+        freedatatree(data);
+    }
+    // The quick answer was given often enough to be tried.
+    EXPECT_GT(allwritten, kCases / 20);
 }
 
 // Record lines of the configured types and of an unknown one, of any

@@ -50,6 +50,17 @@ struct Encoding {
         *slot = edihost::newtext(bytes.data(), bytes.size());
     }
 
+    // An `#envelope` node naming a set the library does not know.
+    void envelope(const datatree_t *tp)
+    {
+        const std::string named = charsetof(tp);
+        if (!named.empty() && charsetnamed(named) == Charset::unknown && failures++ < 20)
+            rep.fail(name, "the envelope names the character set '" + printable(named) +
+                               "', which the library does not know (docs/charsets.md "
+                               "lists the sets); its values cannot be encoded.")
+                .element = "charset";
+    }
+
     // A chain of nodes: an `#envelope` node puts its set in force for
     // itself and the nodes behind it in the chain; below a node the set in
     // force at it holds.
@@ -57,12 +68,7 @@ struct Encoding {
     {
         for (datatree_t *tp = first; tp != nullptr; tp = tp->next) {
             if (tp->xmltag != nullptr && strcmp(tp->xmltag, envelopenodename) == 0) {
-                const std::string named = charsetof(tp);
-                if (!named.empty() && charsetnamed(named) == Charset::unknown && failures++ < 20)
-                    rep.fail(name, "the envelope names the character set '" + printable(named) +
-                                       "', which the library does not know (docs/charsets.md "
-                                       "lists the sets); its values cannot be encoded.")
-                        .element = "charset";
+                envelope(tp);
                 cs = envelopecharset(tp);
             }
             path.push_back(tp->xmltag != nullptr ? tp->xmltag : "");
@@ -110,14 +116,32 @@ std::string jsontext(const char *bytes)
     return decodetext(bytes, current);
 }
 
-bool encodejsontree(datatree_t *root, const std::string &name, Report &rep, Charset cs)
+namespace {
+
+bool finish(const Encoding &enc, const std::string &name, Report &rep)
 {
-    Encoding enc{name, rep, 0, {}};
-    enc.chain(root, cs);
     if (enc.failures > 20)
         rep.fail(name, "... and " + std::to_string(enc.failures - 20) + " more texts the "
                                                                          "interchange cannot carry");
     return enc.failures == 0;
+}
+
+}  // namespace
+
+bool encodejsontree(datatree_t *root, const std::string &name, Report &rep, Charset cs)
+{
+    Encoding enc{name, rep, 0, {}};
+    enc.chain(root, cs);
+    return finish(enc, name, rep);
+}
+
+bool encodeasciitree(const std::vector<datatree_t *> &envelopes, const std::string &name,
+                     Report &rep)
+{
+    Encoding enc{name, rep, 0, {}};
+    for (const datatree_t *env : envelopes)
+        enc.envelope(env);
+    return finish(enc, name, rep);
 }
 
 }  // namespace edi

@@ -7,6 +7,7 @@
 #define EDI_JSONCHARSET_H
 
 #include <string>
+#include <vector>
 
 #include "ediprot.h"
 #include "text/charset.h"
@@ -45,6 +46,12 @@ Charset envelopecharset(const datatree_t *env);
 // the node (first 20), when a character has no code in that set.
 bool encodejsontree(datatree_t *root, const std::string &name, Report &rep,
                     Charset cs = Charset::iso8859_1);
+
+// The same for a tree whose texts are all ASCII, which every set encodes
+// as they are: only its `#envelope` nodes (all of them, in document
+// order) are looked at, for a set the library does not know.
+bool encodeasciitree(const std::vector<datatree_t *> &envelopes, const std::string &name,
+                     Report &rep);
 
 }  // namespace edi
 

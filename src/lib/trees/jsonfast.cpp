@@ -8,6 +8,7 @@
 
 #include "nodestore.h"
 #include "treefields.h"
+#include "trees/envelopenodes.h"
 
 namespace edi {
 
@@ -20,6 +21,7 @@ struct Decline {};
 
 struct Reader {
     const char *p, *end;
+    JsonSeen &saw;
 
     void ws()
     {
@@ -81,6 +83,7 @@ struct Reader {
             if (c == 0xC2 || c == 0xC3) {  // U+0080 to U+00FF, kept as UTF-8
                 if (p == end || (static_cast<unsigned char>(*p) & 0xC0) != 0x80)
                     throw Decline{};
+                saw.ascii = false;
                 out += static_cast<char>(c);
                 out += *p++;
                 continue;
@@ -104,6 +107,7 @@ struct Reader {
             if (cp < 0x80) {
                 out += static_cast<char>(cp);
             } else {
+                saw.ascii = false;
                 out += static_cast<char>(0xC0 | (cp >> 6));
                 out += static_cast<char>(0x80 | (cp & 0x3F));
             }
@@ -169,6 +173,36 @@ struct Reader {
 
     char *dup(const std::string &s) { return edihost::newtext(s.data(), s.size()); }
 
+    // A string as a new text: copied straight from the document when it
+    // holds nothing to decode (nearly every name and value), else
+    // through str().
+    char *text()
+    {
+        if (peek() == '"') {
+            const char *q = p + 1;
+            while (q < end && static_cast<unsigned char>(*q) >= 0x20 && *q != '"' &&
+                   *q != '\\' && static_cast<unsigned char>(*q) < 0x80)
+                q++;
+            if (q < end && *q == '"') {
+                char *t = edihost::newtext(p + 1, static_cast<size_t>(q - p - 1));
+                p = q + 1;
+                return t;
+            }
+        }
+        return dup(str());
+    }
+
+    // An `#envelope` node, kept in document order: named after its
+    // children were read, it would come behind them.
+    void noteenvelope(datatree_t *tp, bool childrenfirst)
+    {
+        if (tp->xmltag[0] != '#' || strcmp(tp->xmltag, envelopenodename) != 0)
+            return;
+        saw.envelopes.push_back(tp);
+        if (childrenfirst)
+            saw.inorder = false;
+    }
+
     // One node object into *slot (linked at once, so that a decline frees
     // it with the rest); each key once, "name" required.
     void node(datatree_t **slot, int depth)
@@ -178,9 +212,10 @@ struct Reader {
         datatree_t *tp = edihost::newnode();
         *slot = tp;
         if (take('[')) {  // the compact form's ["NAME", "VALUE"]
-            tp->xmltag = dup(str());
+            tp->xmltag = text();
+            noteenvelope(tp, false);
             expect(',');
-            tp->data = dup(str());
+            tp->data = text();
             expect(']');
             return;
         }
@@ -197,7 +232,8 @@ struct Reader {
             seen |= 1ULL << bit;
             expect(':');
             if (bit == 0) {
-                tp->xmltag = dup(str());
+                tp->xmltag = text();
+                noteenvelope(tp, (seen & 2) != 0);
             } else if (bit == 1) {
                 expect('[');
                 if (!take(']')) {
@@ -209,7 +245,7 @@ struct Reader {
                     expect(']');
                 }
             } else if (fd->kind == edihost::fieldkind::text) {
-                edihost::settext(tp, *fd, dup(str()));
+                edihost::settext(tp, *fd, text());
             } else if (fd->kind == edihost::fieldkind::word && peek() == '"') {
                 const std::string &word = str();
                 int value = edihost::findword(*fd, word.data(), word.size());
@@ -240,6 +276,7 @@ struct Reader {
             if (key == "format")
                 throw Decline{};  // a later value would count
             if (key != "tree") {
+                saw.envelopekey = saw.envelopekey || key == "envelope";
                 expect(':');
                 skip(0);
                 continue;
@@ -269,14 +306,19 @@ struct Reader {
 
 }  // namespace
 
-datatree_t *jsonfast(std::string_view text)
+datatree_t *jsonfast(std::string_view text, JsonSeen *seen)
 {
-    Reader r{text.data(), text.data() + text.size()};
+    JsonSeen own;
+    if (seen == nullptr)
+        seen = &own;
+    *seen = JsonSeen{};
+    Reader r{text.data(), text.data() + text.size(), *seen};
     datatree_t *roots = nullptr;
     try {
         r.document(&roots);
     } catch (const Decline &) {
         freedatatree(roots);
+        *seen = JsonSeen{};
         return nullptr;
     }
     for (datatree_t *tp = roots; tp != nullptr; tp = tp->next)

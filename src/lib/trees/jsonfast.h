@@ -9,14 +9,25 @@
 #define EDI_JSONFAST_H
 
 #include <string_view>
+#include <vector>
 
 #include "ediprot.h"
 
 namespace edi {
 
+// What the reader saw on its way, so that the steps behind it need not
+// look at the whole document or tree again.
+struct JsonSeen {
+    bool envelopekey = false;  // the document has a key "envelope" at the top
+    bool ascii = true;         // every string is ASCII (names and values)
+    std::vector<datatree_t *> envelopes;  // the `#envelope` nodes
+    bool inorder = true;       // ... in document order (each named before its children)
+};
+
 // The tree (or chain of roots) of a document whose first key is "format"
 // with the value "ediprot-tree", parent links set; NULL to decline.
-datatree_t *jsonfast(std::string_view text);
+// `seen`, when given, is filled.
+datatree_t *jsonfast(std::string_view text, JsonSeen *seen = nullptr);
 
 }  // namespace edi
 

@@ -272,7 +272,7 @@ std::string treetojson(const datatree_t *tree, const char *key, const JsonMeta &
 }
 
 namespace {
-datatree_t *parsejson(std::string_view text, const std::string &name, Report &rep);
+datatree_t *generaljson(std::string_view text, const std::string &name, Report &rep);
 
 // The set a one-message document (edi_message_json, a line of NDJSON)
 // names in its envelope; ISO 8859-1 for every other document.
@@ -293,8 +293,22 @@ Charset documentcharset(std::string_view text)
 
 datatree_t *jsontotree(std::string_view text, const std::string &name, Report &rep)
 {
-    datatree_t *tree = parsejson(text, name, rep);
-    if (tree != nullptr && !encodejsontree(tree, name, rep, documentcharset(text))) {
+    JsonSeen seen;
+    datatree_t *tree = jsonfast(text, &seen);
+    bool encoded = false;
+    if (tree != nullptr) {
+        // What the fast reader saw spares a look at the whole text (its
+        // charset) and at the whole tree (texts to encode).
+        if (seen.ascii && seen.inorder)
+            encoded = encodeasciitree(seen.envelopes, name, rep);
+        else
+            encoded = encodejsontree(tree, name, rep,
+                                     seen.envelopekey ? documentcharset(text) : Charset::iso8859_1);
+    } else {
+        tree = generaljson(text, name, rep);
+        encoded = tree != nullptr && encodejsontree(tree, name, rep, documentcharset(text));
+    }
+    if (tree != nullptr && !encoded) {
         freedatatree(tree);
         return nullptr;
     }
@@ -303,10 +317,9 @@ datatree_t *jsontotree(std::string_view text, const std::string &name, Report &r
 
 namespace {
 
-datatree_t *parsejson(std::string_view text, const std::string &name, Report &rep)
+// The document read by the general parser, which names what is wrong.
+datatree_t *generaljson(std::string_view text, const std::string &name, Report &rep)
 {
-    if (datatree_t *tree = jsonfast(text))
-        return tree;
     json doc = json::parse(text.begin(), text.end(), nullptr, false);
     if (doc.is_discarded()) {
         rep.fail(name, "not a valid JSON document");

@@ -10,6 +10,8 @@
 #include <unordered_map>
 #include <unordered_set>
 
+#include "trees/samename.h"
+
 namespace edi {
 
 namespace {
@@ -68,17 +70,90 @@ private:
     std::unordered_map<Key, Nodes, Hash> map_;
 };
 
+bool holdsvalue(const datatree_t *tp)
+{
+    return tp->data != nullptr && tp->data[0] != '\0';
+}
+
+// Where the walk stands in the data tree, as the module's writers keep it
+// (src/programs/tree/pathscope.h): the chain the next name is looked up
+// in, the childless node every longer path ends at, no match (nothing is
+// found below), or `plain` below a level where several data nodes matched
+// (a failed descent backs out to the next), where the walk looks each
+// path up from the root.
+struct Scope {
+    enum Kind { chain, childless, nothing, plain };
+    Kind kind = plain;
+    const datatree_t *at = nullptr;
+    // chain: known to be long (a lookup counted past the index's limit),
+    // so that a chain of many loop instances is not counted again per
+    // instance.
+    mutable bool islong = false;
+};
+
+// The nodes holding a value of the tree `head` (it and everything below
+// it, not its siblings), one at a time in document order.
+class ValuesInOrder {
+public:
+    explicit ValuesInOrder(const datatree_t *head) : at_(head), root_(head) { settle(); }
+
+    // The next one, NULL at the end.
+    const datatree_t *next()
+    {
+        const datatree_t *tp = at_;
+        if (tp != nullptr) {
+            advance();
+            settle();
+        }
+        return tp;
+    }
+
+private:
+    // At the next node in document order.
+    void advance()
+    {
+        if (at_->child != nullptr) {
+            if (at_ != root_ && at_->next != nullptr)
+                pending_.push_back(at_->next);
+            at_ = at_->child;
+            return;
+        }
+        at_ = at_ != root_ ? at_->next : nullptr;
+        if (at_ == nullptr && !pending_.empty()) {
+            at_ = pending_.back();
+            pending_.pop_back();
+        }
+    }
+
+    // At the next node holding a value, from the one at hand on.
+    void settle()
+    {
+        while (at_ != nullptr && !holdsvalue(at_))
+            advance();
+    }
+
+    const datatree_t *at_;
+    const datatree_t *root_;
+    std::vector<const datatree_t *> pending_;  // next siblings of the nodes gone down into
+};
+
 // The configuration walk of the module's writers (configwalk), with the
 // lookups of searchlooppath and searchloopinstance and the part of the
-// format's tag writer that decides which values reach the output.
+// format's tag writer that decides which values reach the output.  Each
+// value written goes to `out`, or, with `order` given, is compared with
+// the tree's next value in document order (the walk stops at the first
+// that differs).
 class Walk {
 public:
-    Walk(const datatree_t *head, Writer w) : head_(head), writer_(w) {}
+    Walk(const datatree_t *head, Writer w, ValuesInOrder *order = nullptr)
+        : head_(head), writer_(w), order_(order), ordernext_(order != nullptr ? order->next() : nullptr)
+    {
+    }
 
-    void chain(const datatree_t *outcf)
+    void chain(const datatree_t *outcf, const Scope &scope)
     {
         int counter = 0;
-        for (const datatree_t *tp = outcf; tp != nullptr; tp = tp->next) {
+        for (const datatree_t *tp = outcf; tp != nullptr && !differs; tp = tp->next) {
             if (tp->xmltag == nullptr)
                 continue;
             names_.push_back(tp->xmltag);
@@ -94,30 +169,57 @@ public:
                     const size_t saved = lblen_;
                     loops_.push_back(i);
                     lblen_ = len;
-                    const bool found = instance(tp);
+                    Scope inner;
+                    const bool found = instance(tp, scope, inner);
                     if (found && tp->child != nullptr)
-                        chain(tp->child);
+                        chain(tp->child, inner);
                     loops_.pop_back();
                     lblen_ = saved;
-                    if (!found)
+                    if (!found || differs)
                         break;
                 }
                 counter = i;
             } else if (tp->xmltag[0] == '$') {
                 if (writer_ == Writer::edifact)
-                    segment(tp);
+                    segment(tp, scope);
                 else
-                    record(tp);
+                    record(tp, scope);
             } else if (tp->child != nullptr) {
-                chain(tp->child);
+                chain(tp->child, below(scope, tp->xmltag));
             }
             names_.pop_back();
         }
     }
 
+    // With `plain` every path is looked up from the root.
+    Scope rootscope(bool plain) const
+    {
+        return plain ? Scope{} : Scope{Scope::chain, head_};
+    }
+
     std::vector<Written> out;
+    // With `order`: a value written is not the tree's next one.
+    bool differs = false;
+    // With `order`: the tree has no value left that was not written.
+    bool allwritten() const { return !differs && ordernext_ == nullptr; }
 
 private:
+    void written(const Written &w)
+    {
+        if (order_ == nullptr) {
+            out.push_back(w);
+            return;
+        }
+        // Once every value of the tree was met, more (a value written
+        // twice) change nothing.
+        if (ordernext_ == nullptr)
+            return;
+        if (w.node != ordernext_)
+            differs = true;
+        else
+            ordernext_ = order_->next();
+    }
+
     // searchlooppath from the root chain, by names_ and loops_.
     const datatree_t *search(const datatree_t *chain, size_t ci, size_t li, bool &complete)
     {
@@ -159,36 +261,134 @@ private:
         return found;
     }
 
+    // The first node of the scope's chain that `name` (and for a loop
+    // name `lct`) matches, as search takes them, and whether a second
+    // one does; with `whole` false the search stops at the first.  A
+    // short chain is searched in place, a long one through its index.
+    const datatree_t *firstmatch(const Scope &s, const char *name, long lct, bool whole,
+                                 bool &several)
+    {
+        several = false;
+        if (s.islong)
+            return indexedmatch(s.at, name, lct, several);
+        const bool isloop = name[0] == '*';
+        const datatree_t *first = nullptr;
+        size_t n = 0;
+        for (const datatree_t *tp = s.at; tp != nullptr; tp = tp->next) {
+            if (++n > kIndexMin) {
+                s.islong = true;
+                return indexedmatch(s.at, name, lct, several);
+            }
+            if (tp->xmltag == nullptr || !samename(tp->xmltag, name) ||
+                (isloop && lct != tp->loopcnt))
+                continue;
+            if (first != nullptr) {
+                several = true;
+                break;
+            }
+            first = tp;
+            if (!whole)
+                break;
+        }
+        return first;
+    }
+
+    const datatree_t *indexedmatch(const datatree_t *chain, const char *name, long lct,
+                                   bool &several)
+    {
+        const ChainIndex::Nodes *cands = indexof(chain)->find(name, lct);
+        several = cands != nullptr && cands->size() > 1;
+        return cands != nullptr ? cands->front() : nullptr;
+    }
+
+    // One level down by `name` from a scope: what search gives for the
+    // path ending there (`found`, `complete`), and the scope below it.
+    // Not for a plain scope.
+    const datatree_t *step(const Scope &s, const char *name, long lct, bool &complete,
+                           Scope &inner)
+    {
+        complete = false;
+        inner = s;
+        if (s.kind == Scope::childless)
+            return s.at;
+        if (s.kind != Scope::chain)
+            return nullptr;
+        bool several = false;
+        const datatree_t *first = firstmatch(s, name, lct, true, several);
+        if (first == nullptr) {
+            inner = Scope{Scope::nothing, nullptr};
+            return nullptr;
+        }
+        complete = true;
+        inner = several            ? Scope{}
+                : first->child != nullptr ? Scope{Scope::chain, first->child}
+                                          : Scope{Scope::childless, first};
+        return first;
+    }
+
+    // The scope below the plain or tag node `name`.
+    Scope below(const Scope &s, const char *name)
+    {
+        if (s.kind == Scope::plain)
+            return s;
+        bool complete = false;
+        Scope inner;
+        step(s, name, 0, complete, inner);
+        return inner;
+    }
+
+    // The node at the path names_, whose last name is `name`, in `s`
+    // (the scope of the node above).  Every loop number is taken by the
+    // loops above a tag node: a loop name below it reads none (0).
+    const datatree_t *find(const Scope &s, const char *name)
+    {
+        if (s.kind == Scope::plain)
+            return lookup();
+        if (s.kind == Scope::childless)
+            return s.at;
+        if (s.kind != Scope::chain)
+            return nullptr;
+        bool several = false;
+        return firstmatch(s, name, 0, false, several);
+    }
+
     // searchloopinstance: the loop node itself, matched down the whole path.
-    bool instance(const datatree_t *loop)
+    bool instance(const datatree_t *loop, const Scope &s, Scope &inner)
     {
         bool complete = false;
-        const datatree_t *x = lookup(&complete);
+        const datatree_t *x = nullptr;
+        if (s.kind == Scope::plain) {
+            x = lookup(&complete);
+            inner = s;
+        } else {
+            x = step(s, loop->xmltag, loops_.back(), complete, inner);
+        }
         return x != nullptr && complete && x->xmltag[0] == '*' && strcmp(x->xmltag, loop->xmltag) == 0;
     }
 
+    // The index of a long chain, made on first use; NULL for a short one.
     const ChainIndex *indexof(const datatree_t *chain)
     {
-        auto at = indexes_.find(chain);
-        if (at != indexes_.end())
-            return at->second.get();
         size_t n = 0;
         for (const datatree_t *tp = chain; tp != nullptr && n <= kIndexMin; tp = tp->next)
             n++;
-        std::unique_ptr<ChainIndex> index;
-        if (n > kIndexMin)
+        if (n <= kIndexMin)
+            return nullptr;
+        std::unique_ptr<ChainIndex> &index = indexes_[chain];
+        if (index == nullptr)
             index = std::make_unique<ChainIndex>(chain);
-        return indexes_.emplace(chain, std::move(index)).first->second.get();
+        return index.get();
     }
 
     // The value rule (resolvevalue): the tree's value at the element's
-    // path, else the default function's, else the default text.  Returns
-    // whether a value other than "" results, and sets `fromtree` to the
-    // data node it came from, if it came from the tree.
-    bool value(const datatree_t *cf, const datatree_t *&fromtree)
+    // path (names_, its node found in `s`), else the default function's,
+    // else the default text.  Returns whether a value other than ""
+    // results, and sets `fromtree` to the data node it came from, if it
+    // came from the tree.
+    bool value(const datatree_t *cf, const Scope &s, const datatree_t *&fromtree)
     {
         fromtree = nullptr;
-        const datatree_t *d = lookup();
+        const datatree_t *d = find(s, cf->xmltag);
         if (d != nullptr && d->data != nullptr) {
             fromtree = d;
             return d->data[0] != '\0';
@@ -200,16 +400,17 @@ private:
 
     // writeeditag: every element, or each component of a composite; the
     // segment stays only when an element of user data got a value.
-    void segment(const datatree_t *tag)
+    void segment(const datatree_t *tag, const Scope &scope)
     {
-        std::vector<Written> got;
+        const Scope inner = below(scope, tag->xmltag);
+        got_.clear();
         bool kept = false;
-        auto one = [&](const datatree_t *cf) {
+        auto one = [&](const datatree_t *cf, const Scope &s) {
             names_.push_back(cf->xmltag);
             const datatree_t *d = nullptr;
-            if (value(cf, d)) {
+            if (value(cf, s, d)) {
                 if (d != nullptr)
-                    got.push_back(Written{d, cf});
+                    got_.push_back(Written{d, cf});
                 if (cf->edidata == ed_user)
                     kept = true;
             }
@@ -219,47 +420,54 @@ private:
             if (el->xmltag == nullptr)
                 continue;
             if (el->child == nullptr) {
-                one(el);
+                one(el, inner);
                 continue;
             }
             names_.push_back(el->xmltag);
+            const Scope composite = below(inner, el->xmltag);
             for (const datatree_t *c = el->child; c != nullptr; c = c->next)
                 if (c->xmltag != nullptr)
-                    one(c);
+                    one(c, composite);
             names_.pop_back();
         }
         if (kept)
-            out.insert(out.end(), got.begin(), got.end());
+            for (const Written &w : got_)
+                written(w);
     }
 
     // writevdarecord: a record where the tree has its node, every field.
-    void record(const datatree_t *tag)
+    void record(const datatree_t *tag, const Scope &scope)
     {
-        if (lookup() == nullptr)
-            return;
+        Scope inner = scope;
+        if (scope.kind == Scope::plain) {
+            if (lookup() == nullptr)
+                return;
+        } else {
+            bool complete = false;
+            if (step(scope, tag->xmltag, 0, complete, inner) == nullptr)
+                return;
+        }
         for (const datatree_t *f = tag->child; f != nullptr; f = f->next) {
             if (f->xmltag == nullptr)
                 continue;
             names_.push_back(f->xmltag);
             const datatree_t *d = nullptr;
-            if (value(f, d) && d != nullptr)
-                out.push_back(Written{d, f});
+            if (value(f, inner, d) && d != nullptr)
+                written(Written{d, f});
             names_.pop_back();
         }
     }
 
     const datatree_t *head_;
     Writer writer_;
-    std::vector<std::string_view> names_;  // the configuration path walked
-    std::vector<long> loops_;              // the loop string, as numbers
-    size_t lblen_ = 0;                     // its length as text
+    ValuesInOrder *order_;
+    const datatree_t *ordernext_;  // with order_: the value to come
+    std::vector<const char *> names_;  // the configuration path walked
+    std::vector<long> loops_;          // the loop string, as numbers
+    size_t lblen_ = 0;                 // its length as text
+    std::vector<Written> got_;         // a segment's values, until it is kept
     std::unordered_map<const datatree_t *, std::unique_ptr<ChainIndex>> indexes_;
 };
-
-bool holdsvalue(const datatree_t *tp)
-{
-    return tp->data != nullptr && tp->data[0] != '\0';
-}
 
 // Depth first through the tree from `head`, with the path of each node:
 // `report(node)` says whether a node holding a value is reported, `enter`
@@ -321,11 +529,22 @@ private:
 
 }  // namespace
 
-std::vector<Written> writerreads(const datatree_t *head, const datatree_t *config, Writer w)
+bool writesall(const datatree_t *head, const datatree_t *config, Writer w)
+{
+    if (head == nullptr || config == nullptr)
+        return false;
+    ValuesInOrder order(head);
+    Walk walk(head, w, &order);
+    walk.chain(config, walk.rootscope(false));
+    return walk.allwritten();
+}
+
+std::vector<Written> writerreads(const datatree_t *head, const datatree_t *config, Writer w,
+                                 bool plain)
 {
     Walk walk(head, w);
     if (head != nullptr && config != nullptr)
-        walk.chain(config);
+        walk.chain(config, walk.rootscope(plain));
     return std::move(walk.out);
 }
 

@@ -51,8 +51,19 @@ struct Unwritten {
 
 // The values of the tree `head` that the writer, walking `config` from its
 // root, writes, in the order it writes them.  The tree's loop numbers must
-// be those the write will see (after renumbering).
-std::vector<Written> writerreads(const datatree_t *head, const datatree_t *config, Writer w);
+// be those the write will see (after renumbering).  The walk keeps where
+// each level of the configuration path stands in the tree, as the
+// module's writers do (src/programs/tree/pathscope.h); with `plain` it
+// looks every path up from the root instead, for tests that compare both.
+std::vector<Written> writerreads(const datatree_t *head, const datatree_t *config, Writer w,
+                                 bool plain = false);
+
+// True if the writer, walking `config`, writes every value of the tree
+// `head`: the walk's values, in the order it writes them, are the tree's
+// in document order (the walk stops at the first that is not).  That is
+// what a tree written with the configuration it was read with gives; false
+// says only that unwritten(head, writerreads(...)) must be asked.
+bool writesall(const datatree_t *head, const datatree_t *config, Writer w);
 
 // The nodes of `head` (the root, everything below it) that hold a value
 // other than "" and are not among `written`, in document order (with

@@ -7,6 +7,8 @@
 #include <string_view>
 #include <unordered_map>
 
+#include "trees/samename.h"
+
 namespace edi {
 
 namespace {
@@ -29,7 +31,7 @@ public:
         for (const datatree_t *c = parent->child; c != nullptr; c = c->next) {
             if (++seen > kShort)
                 return indexed(parent, name);
-            if (c->xmltag != nullptr && strcmp(c->xmltag, name) == 0)
+            if (c->xmltag != nullptr && samename(c->xmltag, name))
                 return c;
         }
         return nullptr;

@@ -7,6 +7,7 @@
 
 #include "nodestore.h"
 #include "text/charset.h"
+#include "trees/samename.h"
 
 namespace edi {
 
@@ -88,23 +89,39 @@ struct Value {
 const datatree_t *childnamed(const datatree_t *parent, const char *name)
 {
     for (const datatree_t *c = parent->child; c != nullptr; c = c->next)
-        if (c->xmltag != nullptr && strcmp(c->xmltag, name) == 0)
+        if (c->xmltag != nullptr && samename(c->xmltag, name))
             return c;
     return nullptr;
 }
 
-// The values below `dp` with the configuration node the writer finds each
-// by (the first child of that name, as the writer looks it up).
-void collect(datatree_t *dp, const datatree_t *conf, std::vector<Value> &out)
+// Each value below `dp` with the configuration node the writer finds it
+// by (the first child of that name, as the writer looks it up), in order,
+// to `f`, until `f` says false.  False if it did.
+template <class F>
+bool eachvalue(datatree_t *dp, const datatree_t *conf, F &f)
 {
     for (datatree_t *c = dp->child; c != nullptr; c = c->next) {
         const datatree_t *cf = c->xmltag != nullptr ? childnamed(conf, c->xmltag) : nullptr;
         if (cf == nullptr)
             continue;
-        if (c->data != nullptr && c->child == nullptr)
-            out.push_back(Value{c, const_cast<datatree_t *>(cf)});
-        else
-            collect(c, cf, out);
+        if (c->data != nullptr && c->child == nullptr) {
+            if (!f(Value{c, const_cast<datatree_t *>(cf)}))
+                return false;
+        } else if (!eachvalue(c, cf, f)) {
+            return false;
+        }
+    }
+    return true;
+}
+
+// The same for the messages `first` to `last` (NULL: to the end).
+template <class F>
+void eachvalue(datatree_t *first, datatree_t *last, const datatree_t *config, F f)
+{
+    for (datatree_t *m = first; m != nullptr; m = m == last ? nullptr : m->next) {
+        const datatree_t *conf = m->xmltag != nullptr ? childnamed(config, m->xmltag) : nullptr;
+        if (conf != nullptr && !eachvalue(m, conf, f))
+            return;
     }
 }
 
@@ -112,17 +129,20 @@ void collect(datatree_t *dp, const datatree_t *conf, std::vector<Value> &out)
 
 HighBytes::HighBytes(datatree_t *first, datatree_t *last, datatree_t *config, bool utf8)
 {
-    std::vector<Value> values;
+    // Nearly every tree holds no byte above 127: that is found without
+    // keeping its values.
     bool high = false;
-    for (datatree_t *m = first; m != nullptr; m = m == last ? nullptr : m->next) {
-        const datatree_t *conf = m->xmltag != nullptr ? childnamed(config, m->xmltag) : nullptr;
-        if (conf != nullptr)
-            collect(m, conf, values);
-    }
-    for (const Value &v : values)
-        high = high || !allascii(v.node->data);
+    eachvalue(first, last, config, [&high](const Value &v) {
+        high = !allascii(v.node->data);
+        return !high;
+    });
     if (!high)
         return;
+    std::vector<Value> values;
+    eachvalue(first, last, config, [&values](const Value &v) {
+        values.push_back(v);
+        return true;
+    });
     // Elements holding a marked value, with the length the longest needs.
     std::unordered_map<datatree_t *, int> raised;
     for (const Value &v : values)

@@ -49,6 +49,8 @@ std::string tagof(const std::string &path, Writer w)
 
 std::vector<Unwritten> leftout(const datatree_t *head, const datatree_t *config, Writer w)
 {
+    if (writesall(head, config, w))
+        return {};
     std::vector<Unwritten> all = unwritten(head, writerreads(head, config, w));
     std::vector<Unwritten> lost;
     lost.reserve(all.size());

@@ -39,6 +39,9 @@ char *seccnt(void);
 // missing mandatory element.  NULL or "" means the element has no value;
 // the caller converts a value with edinodeconvert.
 char *resolvevalue(datatree_t *tp, datatree_t *head, const char *lb);
+// The same rule for the data node `dnode` that the lookup of tp's path
+// found (NULL: none), for a writer that found it itself.
+char *resolvefound(datatree_t *tp, datatree_t *dnode);
 
 }  // namespace ediprot
 

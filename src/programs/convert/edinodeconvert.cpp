@@ -53,6 +53,31 @@ void splitpieces(char *data, const char *sep, char **pieces, int max)
         pieces[k] = strtok_r(k == 0 ? data : nullptr, sep, &save);
 }
 
+// A buffer that grows as needed and is handed out cleared.
+class Scratch {
+public:
+    ~Scratch() { free(p_); }
+    char *zeroed(size_t n)
+    {
+        if (n > size_) {
+            char *q = static_cast<char *>(realloc(p_, n));
+            if (q == nullptr) {
+                // The result has no error value; nothing sensible can follow.
+                fputs("ediprot: out of memory\n", stderr);
+                abort();
+            }
+            p_ = q;
+            size_ = n;
+        }
+        memset(p_, 0, n);
+        return p_;
+    }
+
+private:
+    char *p_ = nullptr;
+    size_t size_ = 0;
+};
+
 // Copies at most `n` characters of `src` to `dst`; a shorter source leaves
 // NULs behind it, as the caller's buffer is cleared.
 void putfield(char *dst, const char *src, size_t n)
@@ -65,23 +90,34 @@ void putfield(char *dst, const char *src, size_t n)
 
 char *edinodeconvert(datatree_t *ep, char *udata)
 {
+    // The result buffer is all NULs at every start: only the part the
+    // call before may have written is cleared (a writer converts millions
+    // of short values, and clearing the whole buffer cost most of each).
     static char buf[kTextMax];
-    memset(buf, 0, sizeof buf);
+    static size_t dirty = sizeof buf;
+    memset(buf, 0, dirty);
+    dirty = 0;
 
+    // Kept between calls, so that their memory is reused.
+    static Scratch datas, releases;
     char *data = nullptr;
     unsigned char *released = nullptr;
     if (udata != nullptr) {
         TRACE(2, "edinodeconvert in <%s>, data <%s>, edilen %d\n", ep->xmltag,
               udata, ep->edilen);
         size_t n = strlen(udata);
-        data = static_cast<char *>(calloc(2 * n + 1, 1));
+        data = datas.zeroed(2 * n + 1);
         // released[k] marks data[k] as a release character put in here.
-        released = static_cast<unsigned char *>(calloc(2 * n + 1, 1));
-        if (data == nullptr || released == nullptr) {
-            // The result has no error value; nothing sensible can follow.
-            fputs("ediprot: out of memory\n", stderr);
-            abort();
-        }
+        released = reinterpret_cast<unsigned char *>(releases.zeroed(2 * n + 1));
+        // Every case below writes within the text made of udata (at most
+        // 2n characters), edilen characters, or a date's nine.
+        dirty = 2 * n + 1;
+        if (dirty < static_cast<size_t>(usable(ep->edilen)) + 1)
+            dirty = static_cast<size_t>(usable(ep->edilen)) + 1;
+        if (dirty < 9)
+            dirty = 9;
+        if (dirty > sizeof buf)
+            dirty = sizeof buf;
 
         size_t k = 0;
         for (const unsigned char *cp = reinterpret_cast<unsigned char *>(udata);
@@ -159,8 +195,6 @@ char *edinodeconvert(datatree_t *ep, char *udata)
         }
     }
 
-    free(data);
-    free(released);
     TRACE(2, "edinodeconvert <%s>, data <%s>\n", ep->xmltag, buf);
     return buf;
 }

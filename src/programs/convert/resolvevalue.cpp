@@ -15,21 +15,26 @@ namespace ediprot {
 
 char *resolvevalue(datatree_t *tp, datatree_t *head, const char *lb)
 {
-    char *value = nullptr;
-    bool found = false;
-
+    datatree_t *dnode = nullptr;
     char *path = pathfornode(tp, 0);
     if (path == nullptr) {
         fprintf(stderr, "path for node <%s> not found\n", tp->xmltag);
     } else {
-        datatree_t *dnode = searchlooppath(path, lb, head);
+        dnode = searchlooppath(path, lb, head);
         TRACE(2, "%d: searchlooppath path <%s>, loop <%s>, %p\n", __LINE__, path, lb,
               static_cast<void *>(dnode));
-        // An empty text in the data tree is a value too: no default is asked.
-        if (dnode != nullptr && dnode->data != nullptr) {
-            value = dnode->data;
-            found = true;
-        }
+    }
+    return resolvefound(tp, dnode);
+}
+
+char *resolvefound(datatree_t *tp, datatree_t *dnode)
+{
+    char *value = nullptr;
+    bool found = false;
+    // An empty text in the data tree is a value too: no default is asked.
+    if (dnode != nullptr && dnode->data != nullptr) {
+        value = dnode->data;
+        found = true;
     }
 
     if (!found) {

@@ -10,6 +10,7 @@
 #include <vector>
 
 #include "ediprot.h"
+#include "../tree/pathscope.h"
 
 namespace ediprot {
 
@@ -81,7 +82,10 @@ void numberloops(const datatree_t *conf, datatree_t *data, originfn origin,
 // ---- output -------------------------------------------------------------
 
 int editraverse(FILE *fp, datatree_t *head, datatree_t *outcf, const char *loop);
-int writeeditag(FILE *fp, datatree_t *head, datatree_t *outcf, const char *loop);
+// `inner`: the scope of the paths below the tag node (tree/pathscope.h);
+// plain looks each value up from the root by the loop string.
+int writeeditag(FILE *fp, datatree_t *head, datatree_t *outcf, const LoopString &loop,
+                const PathScope &inner = PathScope{});
 
 }  // namespace ediprot
 

@@ -32,12 +32,25 @@ struct Segment {
     long pos() const { return start + static_cast<long>(text.size()); }
 };
 
+// The value the value rule gives the element or component `tp`: its data
+// node looked up in `scope` (the scope of the node above tp), or from the
+// root where the scope is plain.
+char *valueof(datatree_t *head, datatree_t *tp, const LoopString &loop, const PathScope &scope)
+{
+    if (scope.kind == PathScope::plain)
+        return resolvevalue(tp, head, loop.c_str());
+    // Every loop number is taken by the loops above the tag node: a loop
+    // name below it reads none (0).
+    int complete = 0;
+    return resolvefound(tp, pathfind(scope, tp->xmltag, 0, &complete));
+}
+
 // Adds the value of the element or component `tp`, if the value rule
 // gives it one, and moves last_data (and was_data for user data) on.
-void writevalue(Segment &seg, datatree_t *head, datatree_t *tp, const char *loop,
-                long *last_data, int *was_data, bool component)
+void writevalue(Segment &seg, datatree_t *head, datatree_t *tp, const LoopString &loop,
+                const PathScope &scope, long *last_data, int *was_data, bool component)
 {
-    char *value = resolvevalue(tp, head, loop);
+    char *value = valueof(head, tp, loop, scope);
     if (value == nullptr || value[0] == '\0')
         return;
     seg.text += edinodeconvert(tp, value);
@@ -54,7 +67,8 @@ void writevalue(Segment &seg, datatree_t *head, datatree_t *tp, const char *loop
 
 }  // namespace
 
-int writeeditag(FILE *fp, datatree_t *head, datatree_t *outcf, const char *loop)
+int writeeditag(FILE *fp, datatree_t *head, datatree_t *outcf, const LoopString &loop,
+                const PathScope &inner)
 {
     TRACE(2, "writeeditag: <%s>\n", outcf->xmltag);
     sectioncnt++;
@@ -71,23 +85,28 @@ int writeeditag(FILE *fp, datatree_t *head, datatree_t *outcf, const char *loop)
     // per segment, so it is asked only when they are written.
     seg.start = trace_on(2) ? ftell(fp) : 0;
     TRACE(2, "last_data: %ld\n", seg.start);
-    // The three characters behind the '$': cut, or blanks on the left.
-    char tag[8];
-    snprintf(tag, sizeof tag, "%3.3s", outcf->xmltag + 1);
-    seg.text.assign(tag);
+    // The three characters behind the '$': cut, or blanks on the left
+    // (printf's "%3.3s", without its cost per segment).
+    const char *name = outcf->xmltag + 1;
+    const size_t n = strnlen(name, 3);
+    seg.text.assign(3 - n, ' ');
+    seg.text.append(name, n);
 
     long last_data = seg.start;
     int was_data = 0;
     for (datatree_t *tp = outcf->child; tp != nullptr; tp = tp->next) {
         seg.text += dst_sep;
         if (tp->child != nullptr) {
+            const PathScope composite = inner.kind == PathScope::plain
+                                            ? inner
+                                            : pathstep(inner, tp->xmltag, 0).inner;
             for (datatree_t *cldp = tp->child; cldp != nullptr; cldp = cldp->next) {
                 if (cldp != tp->child)
                     seg.text += cmp_sep;
-                writevalue(seg, head, cldp, loop, &last_data, &was_data, true);
+                writevalue(seg, head, cldp, loop, composite, &last_data, &was_data, true);
             }
         } else {
-            writevalue(seg, head, tp, loop, &last_data, &was_data, false);
+            writevalue(seg, head, tp, loop, inner, &last_data, &was_data, false);
         }
     }
 
@@ -103,9 +122,10 @@ int writeeditag(FILE *fp, datatree_t *head, datatree_t *outcf, const char *loop)
 
 namespace {
 
-void writetag(FILE *fp, datatree_t *head, datatree_t *tag, const char *loop)
+void writetag(FILE *fp, datatree_t *head, datatree_t *tag, const LoopString &loop,
+              const PathScope &inner)
 {
-    writeeditag(fp, head, tag, loop);
+    writeeditag(fp, head, tag, loop, inner);
 }
 
 void tracestart(const datatree_t *outcf, const char *loop)

@@ -10,12 +10,16 @@
 #include <stdio.h>
 
 #include "ediprot.h"
+#include "pathscope.h"
 
 namespace ediprot {
 
 struct walkformat {
-    // The segment or record of the tag node `tag` for the loop string.
-    void (*writetag)(FILE *fp, datatree_t *head, datatree_t *tag, const char *loop);
+    // The segment or record of the tag node `tag` for the loop string;
+    // `inner` is the scope of the paths below the tag node (plain: look
+    // them up from the root).
+    void (*writetag)(FILE *fp, datatree_t *head, datatree_t *tag, const LoopString &loop,
+                     const PathScope &inner);
     // EDIFACT numbers the loop nodes of one chain with one counter, each
     // going on where the one before stopped; VDA numbers each from 1.
     bool onecounter;
@@ -32,6 +36,9 @@ struct walkformat {
 };
 
 // Walks the chain from `outcf` with the loop string `loop` ("" at the top).
+// Loop instances and tag nodes are found through the scopes of
+// tree/pathscope.h where rootscope allows it (no trace is on then, and the
+// trace functions are not called); else each is looked up from the root.
 // Returns 0.
 int configwalk(const walkformat &fmt, FILE *fp, datatree_t *head, datatree_t *outcf,
                const char *loop);

@@ -109,9 +109,16 @@ void tracefound(const datatree_t *tp, const char *lb, const datatree_t *xnode)
           static_cast<const void *>(xnode), xnode->xmltag);
 }
 
+// A record looks its node and fields up from the root.
+void writerecord(FILE *fp, datatree_t *head, datatree_t *tag, const LoopString &loop,
+                 const PathScope &)
+{
+    writevdarecord(fp, head, tag, loop.c_str());
+}
+
 // Each loop node counts its instances from 1, until the data tree has no
 // loop node of its own for the next number.
-const walkformat vdawalk = {writevdarecord, false, toolong, tracestart, tracenode, tracesearch,
+const walkformat vdawalk = {writerecord, false, toolong, tracestart, tracenode, tracesearch,
                             tracefound};
 
 }  // namespace
