@@ -8,6 +8,7 @@
 
 #include <set>
 #include <string>
+#include <string_view>
 #include <vector>
 
 #include "edi.h"
@@ -18,10 +19,10 @@ namespace edi {
 namespace {
 
 // The message number a line names ("message":N); 0 when none.
-long messageof(const std::string &line)
+long messageof(std::string_view line)
 {
     size_t at = line.find("\"message\":");
-    return at == std::string::npos ? 0 : strtol(line.c_str() + at + 10, nullptr, 10);
+    return at == std::string_view::npos ? 0 : strtol(line.data() + at + 10, nullptr, 10);
 }
 
 bool nextline(FILE *f, std::string &line)
@@ -40,8 +41,19 @@ bool nextline(FILE *f, std::string &line)
 struct Worker {
     pid_t pid = -1;
     FILE *out = nullptr, *err = nullptr;
-    std::string line;  // the next line of its output, "" at its end
+    // The next line of its output and the message it names, read into a
+    // buffer kept for all its lines.
+    char *line = nullptr;
+    size_t cap = 0, len = 0;
+    long message = 0;
     bool more = false;
+    void next()
+    {
+        ssize_t n = getline(&line, &cap, out);
+        more = n > 0;
+        len = more ? static_cast<size_t>(n) : 0;
+        message = more ? messageof(std::string_view(line, len)) : 0;
+    }
 };
 
 }  // namespace
@@ -97,23 +109,24 @@ Exit readndjsonparallel(const Options &opt, const std::string &input, const std:
     for (Worker &w : workers)
         if (w.out != nullptr) {
             rewind(w.out);
-            w.more = nextline(w.out, w.line);
+            w.next();
         }
     // Each worker's lines rise in message number: the least first.
     for (;;) {
         Worker *least = nullptr;
         for (Worker &w : workers)
-            if (w.more && (least == nullptr || messageof(w.line) < messageof(least->line)))
+            if (w.more && (least == nullptr || w.message < least->message))
                 least = &w;
         if (least == nullptr)
             break;
         if (file != nullptr)
-            edi_output_write(file, least->line.data(), least->line.size());
+            edi_output_write(file, least->line, least->len);
         else
-            fputs(least->line.c_str(), stdout);
-        least->more = nextline(least->out, least->line);
+            fwrite(least->line, 1, least->len, stdout);
+        least->next();
     }
     for (Worker &w : workers) {
+        free(w.line);
         if (w.out != nullptr)
             fclose(w.out);
         if (w.err != nullptr)
