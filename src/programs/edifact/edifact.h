@@ -50,6 +50,9 @@ datatree_t *fillmessage(datatree_t *conf, datatree_t *first);
 void linkheads(datatree_t *head, const datatree_t *lastmsg);
 // The chain `chain` below the result's root is about to be freed.
 void forgetheads(const datatree_t *chain);
+// Whether the fill's pruning left data below the message node `msg`: 1,
+// 0, or -1 for a node that is no message filled in this read.
+int keptdata(const datatree_t *msg);
 // Numbers the nodes directly below the result's root after `conf`, the
 // configuration root's children (what lies below is numbered per message).
 void numberheads(const datatree_t *conf, datatree_t *data);
@@ -64,6 +67,12 @@ int searchemptyloop(datatree_t **headp);
 // chains they stood in.  freeremoved frees them once nothing reads them.
 int prunemessage(datatree_t **headp, std::vector<datatree_t *> &removed);
 void freeremoved(std::vector<datatree_t *> &removed);
+// searchemptyloop for the chain below the result's root once every
+// message is filled: a message node's subtree was pruned with its fill,
+// and pruning it again removes nothing, so what it holds is taken from
+// `kept` (1 data, 0 none, -1 not known: pruned here) instead of a walk
+// of the whole result.  With trace lines on, the whole result is walked.
+int pruneheads(datatree_t **headp, int (*kept)(const datatree_t *));
 
 // ---- loop numbers -------------------------------------------------------
 

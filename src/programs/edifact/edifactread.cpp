@@ -221,7 +221,7 @@ EDIPROT_API datatree_t *edifactread(char *fn, envelope_t **evpp,
     TRACE(2, "edifactread: before emptyloop end\n");
 
     linkheads(head, lastmsg);
-    searchemptyloop(&head->child);
+    pruneheads(&head->child, keptdata);
     numberheads(cfroot->child, head->child);
     resetfill();
     TRACE(2, "edifactread: after emptyloop\n");

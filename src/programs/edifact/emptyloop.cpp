@@ -35,7 +35,7 @@ void drop(const Pass &pass, datatree_t *sp)
 // Returns 0 when nothing in the chain counts as data after the pass.
 // Leaves add 1 per value; each surviving loop node sets the running value
 // back to 1; only zero against non-zero means anything.
-int prune(datatree_t **headp, const Pass &pass)
+int prune(datatree_t **headp, const Pass &pass, int (*kept)(const datatree_t *) = nullptr)
 {
     int rc = 0;
     int lrc = 0;
@@ -63,7 +63,7 @@ int prune(datatree_t **headp, const Pass &pass)
             // lrc is kept from the last loop node with children when this
             // one has none.
             if (tp->child != nullptr)
-                lrc = prune(&tp->child, below);
+                lrc = kept != nullptr && kept(tp) >= 0 ? kept(tp) : prune(&tp->child, below);
             if (pass.trace)
                 TRACE(2, "looptag <%s>, rc %d\n", pathfornode(tp, 0), rc);
             if (lrc == 0) {
@@ -90,6 +90,13 @@ int prune(datatree_t **headp, const Pass &pass)
 int searchemptyloop(datatree_t **headp)
 {
     return prune(headp, {true, false, nullptr});
+}
+
+int pruneheads(datatree_t **headp, int (*kept)(const datatree_t *))
+{
+    if (trace_on(2))
+        return searchemptyloop(headp);
+    return prune(headp, {false, false, nullptr}, kept);
 }
 
 int prunemessage(datatree_t **headp, std::vector<datatree_t *> &removed)

@@ -14,6 +14,8 @@ namespace {
 // the messages, and the further children of the configuration root that
 // the last message's copy brought along.
 std::unordered_map<const datatree_t *, const datatree_t *> heads;
+// Whether each message's pruning left data below it.
+std::unordered_map<const datatree_t *, bool> withdata;
 
 const datatree_t *headorigin(const datatree_t *dp)
 {
@@ -26,13 +28,22 @@ const datatree_t *headorigin(const datatree_t *dp)
 void resetfill()
 {
     heads.clear();
+    withdata.clear();
     pending::beginread();
 }
 
 void forgetheads(const datatree_t *chain)
 {
-    for (const datatree_t *sp = chain; sp != nullptr; sp = sp->next)
+    for (const datatree_t *sp = chain; sp != nullptr; sp = sp->next) {
         heads.erase(sp);
+        withdata.erase(sp);
+    }
+}
+
+int keptdata(const datatree_t *msg)
+{
+    auto found = withdata.find(msg);
+    return found != withdata.end() ? found->second : -1;
 }
 
 datatree_t *fillmessage(datatree_t *conf, datatree_t *first)
@@ -57,7 +68,7 @@ datatree_t *fillmessage(datatree_t *conf, datatree_t *first)
     // the next is filled; the final pass over the whole tree finds the
     // same nodes to keep.
     std::vector<datatree_t *> removed;
-    prunemessage(&msg->child, removed);
+    withdata[msg] = prunemessage(&msg->child, removed) != 0;
     if (conf->xmltag[0] != '$' && conf->child != nullptr)
         numberloops(conf->child, msg->child, pending::origin, true);
     freeremoved(removed);
