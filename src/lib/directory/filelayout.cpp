@@ -81,24 +81,9 @@ std::vector<Unit> splitmessages(const Unit &u)
     std::string head = u.text.substr(0, headend);
     std::string tail = trailer < u.text.size() ? u.text.substr(trailer) : "";
     std::vector<Unit> out;
-    // Each part is the unit but for its text and groups, which are not
-    // copied whole for every message.
-    Unit base;
-    base.interchange = u.interchange;
-    base.msgtype = u.msgtype;
-    base.ownlayout = u.ownlayout;
-    base.una = u.una;
-    base.unb = u.unb;
-    base.unz = u.unz;
     for (size_t m = 0; m < msgs.size(); m++) {
-        Unit one = base;
+        Unit one = messageframe(u, m);
         one.text = head + u.text.substr(msgs[m].first, msgs[m].second - msgs[m].first) + tail;
-        if (u.firstmsg > 0)
-            one.firstmsg = one.lastmsg = u.firstmsg + int(m);
-        if (m < u.groups.size())
-            one.groups = {u.groups[m]};
-        if (m < u.groupends.size())
-            one.groupends = {u.groupends[m]};
         out.push_back(std::move(one));
     }
     return out;

@@ -150,10 +150,10 @@ bool cuttable(const Unit &u)
     return true;
 }
 
-Unit messagepart(const Unit &u, size_t m)
+Unit messageframe(const Unit &u, size_t m)
 {
-    // The part is the unit but for its message and groups, which are not
-    // copied whole for every message.
+    // The unit but for its text and groups, which are not copied whole
+    // for every message.
     Unit one;
     one.interchange = u.interchange;
     one.msgtype = u.msgtype;
@@ -161,6 +161,18 @@ Unit messagepart(const Unit &u, size_t m)
     one.una = u.una;
     one.unb = u.unb;
     one.unz = u.unz;
+    if (u.firstmsg > 0)
+        one.firstmsg = one.lastmsg = u.firstmsg + int(m);
+    if (m < u.groups.size())
+        one.groups = {u.groups[m]};
+    if (m < u.groupends.size())
+        one.groupends = {u.groupends[m]};
+    return one;
+}
+
+Unit messagepart(const Unit &u, size_t m)
+{
+    Unit one = messageframe(u, m);
     one.text = u.text;
     one.source = u.source;
     MessagePlace p;
@@ -169,12 +181,6 @@ Unit messagepart(const Unit &u, size_t m)
     p.closed = true;
     p.ranges = {{p.begin, p.end}};
     one.places = {p};
-    if (u.firstmsg > 0)
-        one.firstmsg = one.lastmsg = u.firstmsg + int(m);
-    if (m < u.groups.size())
-        one.groups = {u.groups[m]};
-    if (m < u.groupends.size())
-        one.groupends = {u.groupends[m]};
     return one;
 }
 

@@ -72,6 +72,10 @@ std::vector<std::string_view> unitpieces(const Unit &u);
 // a UNT of its own, so that it can be cut into one copy per message.
 bool cuttable(const Unit &u);
 
+// What a copy of message `m` (from 0) of `u` has of `u`: its envelope, its
+// message's number and group; no text.
+Unit messageframe(const Unit &u, size_t m);
+
 // The copy of message `m` (from 0) of a cuttable copy: its head, the
 // message's UNH up to its UNT, its UNZ.
 Unit messagepart(const Unit &u, size_t m);
