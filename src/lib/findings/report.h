@@ -45,6 +45,13 @@ public:
     {
         return add(EDI_FINDING_FAILURE, EDI_SEVERITY_ERROR, file, text);
     }
+    // The sum of what a read left out of its tree: a warning the read goes
+    // on after with keep-going, else the failure that stops it.
+    Finding &leftout(const std::string &file, const std::string &text, bool keepgoing)
+    {
+        return keepgoing ? add(EDI_FINDING_LEFT_OUT, EDI_SEVERITY_WARNING, file, text)
+                         : fail(file, text);
+    }
     // What the working copy changed: shown on request only.
     Finding &change(const std::string &file, const std::string &text)
     {

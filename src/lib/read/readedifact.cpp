@@ -231,10 +231,7 @@ bool reportleftout(const std::string &input, const Unit &u, const std::string &t
         "configuration and places nothing more of a message behind a segment it cannot place; "
         "give a configuration that describes the message as it is" +
         (keepgoing ? "" : ", or --keep-going to accept the tree without them") + ".";
-    if (keepgoing)
-        rep.add(EDI_FINDING_LEFT_OUT, EDI_SEVERITY_WARNING, input, sentence);
-    else
-        rep.fail(input, sentence);
+    rep.leftout(input, sentence, keepgoing);
     return true;
 }
 

@@ -82,10 +82,7 @@ bool reportlost(const std::string &input, const std::vector<std::string> &lost,
         " left out of the tree (" + list + "): " + why + "; see docs/vda.md" +
         (keepgoing ? "" : ", or give --keep-going to accept the tree without them") + ".";
     changes.push_back("left out of the tree: " + list);
-    if (keepgoing)
-        rep.add(EDI_FINDING_LEFT_OUT, EDI_SEVERITY_WARNING, input, sentence);
-    else
-        rep.fail(input, sentence);
+    rep.leftout(input, sentence, keepgoing);
     return !keepgoing;
 }
 

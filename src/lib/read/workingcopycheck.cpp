@@ -89,10 +89,7 @@ bool placerepetitions(const Unit &u, const datatree_t *config, const std::string
                            "_2 ...); give a configuration with a place for each" +
                            (keepgoing ? "" : ", or --keep-going to accept the tree without them") +
                            ".";
-    if (keepgoing)
-        rep.add(EDI_FINDING_LEFT_OUT, EDI_SEVERITY_WARNING, input, sentence);
-    else
-        rep.fail(input, sentence);
+    rep.leftout(input, sentence, keepgoing);
     return keepgoing;
 }
 
@@ -124,10 +121,7 @@ bool dropbadtags(const Unit &u, const std::string &input, bool keepgoing, std::s
         plural(bad.size(), "segment") +
         " with an invalid tag left out of the tree; ask the sender for a corrected file" +
         (keepgoing ? "" : ", or give --keep-going to accept the tree without them") + ".";
-    if (keepgoing)
-        rep.add(EDI_FINDING_LEFT_OUT, EDI_SEVERITY_WARNING, input, sentence);
-    else
-        rep.fail(input, sentence);
+    rep.leftout(input, sentence, keepgoing);
     return keepgoing;
 }
 
